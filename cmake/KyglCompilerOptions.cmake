@@ -1,0 +1,20 @@
+# What every target of this project is compiled with.
+
+add_library(kygl_warnings INTERFACE)
+target_compile_options(kygl_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
+  $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety -Wthread-safety-beta>)
+
+# A shared library with a SONAME that shows nothing but what it marks, and that binds its own calls
+# within itself.
+function(kygl_shared_library target)
+  target_link_libraries(${target} PRIVATE kygl_warnings)
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--no-undefined
+    -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/hidden.map)
+  set_target_properties(${target} PROPERTIES
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

@@ -1,0 +1,5 @@
+#include <kylib/KyHandable.h>
+
+KyHandable::~KyHandable() = default;
+
+void KyHandable::notifyDelete() {}
