@@ -1,0 +1,20 @@
+#pragma once
+
+#include <sogl/soglApi.h>
+
+/// The toolkit's own reports. Any thread may call.
+class SOGL_API SoError {
+public:
+    SoError() = delete;
+
+    /// Reports one error, formatted as by `printf`; longer texts are cut at 1,023 bytes.
+    /// Allocates nothing.
+    static void post(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+    using Handler = void (*)(const char* text);
+
+    /// Sends reports to `handler` from now on, on the thread on which they arise; null restores
+    /// the default, which writes one line to standard error.
+    /// @return the previous handler, null for the default
+    static Handler setHandler(Handler handler) noexcept;
+};
