@@ -1,0 +1,177 @@
+#include <kygl/kygl.h>
+
+#include "kyglCheck.h"
+#include "kyglScopedLock.h"
+
+#include <kygl/containers/KyHashTable.h>
+#include <kylib/KyString.h>
+#include <kylib/KyThreadLocalStorage.h>
+#include <sogl/SoGLEW.h>
+#include <sogl/SoGLXEW.h>
+
+#include <cstring>
+#include <memory>
+
+namespace {
+
+// The table owns its records, a thread's slot only points. The lock is not recursive. It is the
+// last of the library's locks: nothing that runs while it is held takes another one or calls back
+// into the registry.
+extern KyMutex _contextTabMutex;
+KyHashTable<unsigned int, KyGLContext_s*> _contextTab KY_GUARDED_BY(_contextTabMutex)(nullptr);
+KyMutex _contextTabMutex(false);
+KyThreadLocalStorage<KyGLContext_s> _curContext;
+
+KyResult kyglInitContext(KyGLContext_s* context) {
+    SoGLEW::glewContextInit(&context->gl);
+    SoGLXEW::glxewContextInit(&context->glx);
+    return KyOK;
+}
+
+std::unique_ptr<KyGLContext_s> createRecord() {
+    auto record = std::make_unique<KyGLContext_s>();
+    kyglInitContext(record.get());
+    return record;
+}
+
+// A record that is in no table: a thread asked before it had a context. It lives until its thread
+// ends or needs another one; short-lived threads would pile them up otherwise.
+struct ThreadOnlyRecord {
+    std::unique_ptr<KyGLContext_s> record;
+
+    ~ThreadOnlyRecord() {
+        if (record != nullptr && _curContext.get() == record.get()) _curContext.set(nullptr);
+    }
+};
+thread_local ThreadOnlyRecord tThreadOnly;
+
+KyGLContext_s* kyglCurrentRecord() {
+    if (KyGLContext_s* const current = _curContext.get()) return current;
+    tThreadOnly.record = createRecord();
+    _curContext.set(tThreadOnly.record.get());
+    return tThreadOnly.record.get();
+}
+
+using Check = bool (*)(KyGLContext_s*);
+
+// The look-up leaves a placeholder for an unknown id, so that from now on the all-contexts
+// questions count it as a context that can do nothing.
+bool isAvailable(unsigned int id, Check check) {
+    const KyScopedLock hold(_contextTabMutex);
+    return check(_contextTab[id]);
+}
+
+bool isAvailableInAll(Check check) {
+    const KyScopedLock hold(_contextTabMutex);
+    unsigned int id = 0;
+    KyGLContext_s* record = nullptr;
+    _contextTab.resetNext();
+    while (_contextTab.next(id, record))
+        if (!check(record)) return false;
+    return true;
+}
+
+bool vendorContains(const char* name) {
+    const auto* const vendor = reinterpret_cast<const char*>(glGetString(GL_VENDOR));
+    return vendor != nullptr && std::strstr(vendor, name) != nullptr;
+}
+
+}  // namespace
+
+void kyglSetContext(unsigned int id) {
+    const KyScopedLock hold(_contextTabMutex);
+    KyGLContext_s*& record = _contextTab[id];
+    if (record == nullptr) record = createRecord().release();
+    _curContext.set(record);
+}
+
+unsigned int kyglGetContext() {
+    const KyGLContext_s* const current = kyglCurrentRecord();
+    const KyScopedLock hold(_contextTabMutex);
+    unsigned int id = 0;
+    KyGLContext_s* record = nullptr;
+    _contextTab.resetNext();
+    while (_contextTab.next(id, record))
+        if (record == current) return id;
+    return KYGL_NO_CONTEXT;
+}
+
+void kyglInitContext() {
+    KyGLContext_s* const current = kyglCurrentRecord();
+    kyglInitContext(current);
+    _curContext.set(current);
+}
+
+void kyglClearContext(unsigned int id) {
+    const KyScopedLock hold(_contextTabMutex);
+    KyGLContext_s* const* const found = _contextTab.lookup(id);
+    if (found == nullptr) return;
+    KyGLContext_s* const record = *found;
+    if (record == kyglCurrentRecord()) return;
+    delete record;
+    _contextTab.remove(id);
+}
+
+void kyglClearAllContexts() {
+    const KyScopedLock hold(_contextTabMutex);
+    unsigned int id = 0;
+    KyGLContext_s* record = nullptr;
+    _contextTab.resetNext();
+    while (_contextTab.next(id, record))
+        delete record;
+    _contextTab.removeAll();
+    _contextTab.resetNext();
+    _curContext.set(nullptr);
+}
+
+bool kyglVBOsAvailable(unsigned int id) {
+    return isAvailable(id, checkVBOs);
+}
+
+bool kyglGLSLAvailable(unsigned int id) {
+    return isAvailable(id, checkGLSL);
+}
+
+bool kyglVBOsAvailableAllContexts() {
+    return isAvailableInAll(checkVBOs);
+}
+
+bool kyglGLSLAvailableAllContexts() {
+    return isAvailableInAll(checkGLSL);
+}
+
+bool kyglIsVendorNVIDIA() {
+    return vendorContains("NVIDIA");
+}
+
+bool kyglIsVendorATI() {
+    return vendorContains("ATI");
+}
+
+bool checkGLSL(KyGLContext_s* context) {
+    return context != nullptr && context->gl.ARB_shading_language_100 != 0 &&
+           context->gl.ARB_shader_objects != 0 && context->gl.ARB_fragment_shader != 0 &&
+           context->gl.ARB_vertex_shader != 0;
+}
+
+bool checkVBOs(KyGLContext_s* context) {
+    return context != nullptr && context->gl.ARB_vertex_buffer_object != 0;
+}
+
+KyResult kyglErrorCheck(const char* command, const char* file, unsigned int line, int mode) {
+    return kyglCheckInline(command, file, line, mode);
+}
+
+// The number of reads is bounded because a lost context may answer with errors for ever.
+KyResult kyglErrorFound(GLenum first, const char* command, const char* file, unsigned int line,
+                        int mode) {
+    constexpr int kFurtherReads = 10;
+    for (int i = 0; i < kFurtherReads && glGetError() != GL_NO_ERROR; ++i) {
+    }
+    const KyString detail(0, "command=[%s]", command);
+    const KyResult result(static_cast<int>(first), static_cast<int>(line), file, "",
+                          detail.dataPtr());
+    if (mode == 1) result.notify();
+    if (mode == 2) result.check();
+    return result;
+}
