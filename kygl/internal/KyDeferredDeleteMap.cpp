@@ -1,0 +1,113 @@
+#include <kygl/KyDeferredDeleteMap.h>
+
+#include "kyglCheck.h"
+#include "kyglScopedLock.h"
+
+#include <memory>
+
+namespace {
+
+constexpr char kSource[] = "internal/KyDeferredDeleteMap";
+
+// Goes through a list from its last element to its first and takes out those of one context, in
+// one pass however they are mixed with others: what stays gathers behind the part that was not
+// looked at yet, in its order, and closes up when the sweep ends. It ends well on an exception
+// too: what was found is gone, all the rest is there.
+class Sweep {
+public:
+    Sweep(KyDArray<KyDeferredDeleteMap::MapObject>& list, unsigned int context)
+        : mList(list), mContext(context), mFront(list.size), mKept(list.size) {}
+    Sweep(const Sweep&) = delete;
+    Sweep& operator=(const Sweep&) = delete;
+
+    ~Sweep() {
+        std::copy(mList.data + mKept, mList.data + mList.size, mList.data + mFront);
+        mList.size = mFront + (mList.size - mKept);
+    }
+
+    /// Finds the next element of the context, which is off the list from then on.
+    bool next(long& index) {
+        KyDeferredDeleteMap::MapObject* const list = mList.data;
+        long front = mFront;
+        long kept = mKept;
+        while (front > 0 && list[front - 1].context != mContext)
+            list[--kept] = list[--front];
+        const bool found = front > 0;
+        if (found) index = --front;
+        mFront = front;
+        mKept = kept;
+        return found;
+    }
+
+private:
+    KyDArray<KyDeferredDeleteMap::MapObject>& mList;
+    unsigned int mContext;
+    long mFront;  // elements below were not looked at
+    long mKept;   // elements from here on stay
+};
+
+}  // namespace
+
+std::atomic<KyDeferredDeleteMap*> KyDeferredDeleteMap::mDeferredMap{nullptr};
+
+// Of several threads that make the first call at once, one sees its instance win.
+KyDeferredDeleteMap* KyDeferredDeleteMap::getMap() {
+    if (KyDeferredDeleteMap* const map = mDeferredMap.load(std::memory_order_acquire)) return map;
+    std::unique_ptr<KyDeferredDeleteMap> made(new KyDeferredDeleteMap);
+    KyDeferredDeleteMap* winner = nullptr;
+    if (mDeferredMap.compare_exchange_strong(winner, made.get())) winner = made.release();
+    return winner;
+}
+
+void KyDeferredDeleteMap::pushShaderHandle(unsigned int handle, unsigned int context) {
+    getMap()->pushShader(handle, context);
+}
+
+void KyDeferredDeleteMap::pushTehniqueHandle(unsigned int handle, unsigned int context) {
+    getMap()->pushTehnique(handle, context);
+}
+
+void KyDeferredDeleteMap::pushTextureHandle(unsigned int handle, unsigned int context) {
+    getMap()->pushTexture(handle, context);
+}
+
+void KyDeferredDeleteMap::pushBufferHandle(unsigned int handle, unsigned int context) {
+    getMap()->pushBuffer(handle, context);
+}
+
+void KyDeferredDeleteMap::deferredDelete(unsigned int context) {
+    getMap()->callDeferredDelete(context);
+}
+
+void KyDeferredDeleteMap::pushShader(unsigned int handle, unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    mShaderHandles.append({handle, context});
+}
+
+void KyDeferredDeleteMap::pushTehnique(unsigned int handle, unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    mProgramHandles.append({handle, context});
+}
+
+void KyDeferredDeleteMap::pushTexture(unsigned int handle, unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    mTextureHandles.append({handle, context});
+}
+
+void KyDeferredDeleteMap::pushBuffer(unsigned int handle, unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    mBufferHandles.append({handle, context});
+}
+
+void KyDeferredDeleteMap::callDeferredDelete(unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    long i = 0;
+    for (Sweep sweep(mShaderHandles, context); sweep.next(i);)
+        KYGL_CHECKED(glDeleteObjectARB(mShaderHandles[i].handle), 0);
+    for (Sweep sweep(mProgramHandles, context); sweep.next(i);)
+        KYGL_CHECKED(glDeleteProgram(mProgramHandles[i].handle), 0);
+    for (Sweep sweep(mTextureHandles, context); sweep.next(i);)
+        KYGL_CHECKED(glDeleteTextures(1, &mTextureHandles[i].handle), 0);
+    for (Sweep sweep(mBufferHandles, context); sweep.next(i);)
+        KYGL_CHECKED(glDeleteBuffers(1, &mBufferHandles[i].handle), 0);
+}
