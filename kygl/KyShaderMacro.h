@@ -1,0 +1,82 @@
+#pragma once
+
+#include <kygl/containers/KyDArray.h>
+#include <kygl/kyglApi.h>
+#include <kylib/KyString.h>
+
+/// One preprocessor macro: whatever follows `#define` on its line, a bare name or a name, a blank
+/// and a value. The text is neither parsed nor changed; what a shader compiler cannot digest comes
+/// back as a failed compile.
+class KYGL_API KyShaderMacro {
+public:
+    explicit KyShaderMacro(const KyString& text);
+
+    /// "#define ", the text and one line feed.
+    KyString getDefineString() const;
+
+    const KyString& text() const { return mText; }
+    /// The same for equal macros.
+    unsigned int hash() const { return mHash; }
+
+private:
+    friend class KyShaderParametersMacros;
+    KYGL_LOCAL KyShaderMacro(const KyString& text, unsigned int hash);
+    KYGL_LOCAL void assign(const KyString& text, unsigned int hash);
+
+    KyString mText;
+    unsigned int mHash;
+};
+
+/// Byte equality of the whole texts: case and every blank count.
+KYGL_API bool operator==(const KyShaderMacro& a, const KyShaderMacro& b);
+
+/// An ordered set of macros without duplicates: what one shader is built with.
+///
+/// The order is that of the pushes; it is the order of the generated lines and counts in equality.
+/// The set owns its macros. Look-ups are linear. A set is changed by one thread at a time; any
+/// number may read one that nobody changes. A failed allocation leaves as `std::bad_alloc` and the
+/// set as it was.
+///
+///     KyShaderParametersMacros macros;
+///     macros.pushMacro("LIGHTS 3");
+///     macros.pushMacro("FOG");
+///     program.setParameter(macros);
+class KYGL_API KyShaderParametersMacros {
+public:
+    KyShaderParametersMacros() = default;
+    ~KyShaderParametersMacros();
+    KyShaderParametersMacros(const KyShaderParametersMacros&) = delete;
+    /// Makes this set a deep copy of `other`, in its order. Assigning a set to itself does nothing.
+    KyShaderParametersMacros& operator=(const KyShaderParametersMacros& other);
+
+    /// Removes every macro; the storage stays.
+    void clear();
+
+    bool hasMacro(const KyString& text) const;
+
+    /// Appends a macro at the end. @return false, and no change, when it is there already
+    bool pushMacro(const KyString& text);
+
+    /// Removes a macro; the others keep their order. @return false when it was not there
+    bool removeMacro(const KyString& text);
+
+    /// The lines of all macros in their order, each with its line feed; "" for an empty set.
+    KyString getDefineMacros() const;
+
+    long count() const { return mMacros.size; }
+
+    /// A number that is the same for equal sets, so that two sets with different numbers need no
+    /// further look. Kept up to date by every change; order counts.
+    unsigned long long fingerprint() const { return mFingerprint; }
+
+private:
+    friend bool operator==(const KyShaderParametersMacros&, const KyShaderParametersMacros&);
+    KYGL_LOCAL long find(const KyString& text, unsigned int hash) const;
+
+    KyDArray<KyShaderMacro*> mMacros;
+    unsigned long long mFingerprint = 0;
+    KyShaderMacro* mSpare = nullptr;  ///< the one removed last, for the next push: that is a switch
+};
+
+/// Same macros in the same order.
+KYGL_API bool operator==(const KyShaderParametersMacros& a, const KyShaderParametersMacros& b);
