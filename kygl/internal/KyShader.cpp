@@ -1,0 +1,191 @@
+#include <kygl/KyShader.h>
+
+#include "kyglCheck.h"
+#include "KyShaderSource.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/kyglShaderGLSL.h>
+
+#include <memory>
+
+namespace {
+
+constexpr char kSource[] = "internal/KyShader";
+
+unsigned long long lookupKey(const KyShaderParametersMacros& macros, unsigned int context) {
+    return macros.fingerprint() ^ (0x9e3779b97f4a7c15ULL * context);
+}
+
+}  // namespace
+
+KyString KyShader::mFolderPath;
+
+KyShader::KyShader(const KyString& file, const KyString& folder, bool caching)
+    : mFileName(file),
+      mFolderName(folder),
+      mShaderCashing(caching ? new KyShaderCashing : nullptr) {}
+
+// Without memory for the queue the GL object stays until its context goes: a destructor has nobody
+// to tell.
+KyShader::~KyShader() {
+    try {
+        deleteShader();
+    } catch (const std::bad_alloc&) {
+    }
+    delete mShaderCashing;
+}
+
+unsigned int KyShader::compile(unsigned int context) {
+    if (isCurrent(context)) return mId;
+    if (mShaderCashing != nullptr) {
+        compileCaching(context);
+        return mId;
+    }
+    deleteShader();
+    const KyString text = loadFromFile();
+    const bool compiled = kyglShaderGLSLCreateObject(text, mId, getType()) == KyOK;
+    mIsUpToDate = compiled;
+    mHasObject = compiled;
+    mGLContext = context;
+    keyChanged();
+    KYGL_CHECK_GROUP(2);
+    return mId;
+}
+
+void KyShader::compileCaching(unsigned int context) {
+    KyShader* const entry = getCachingShader(context);
+    entry->compile(context);
+    mId = entry->mId;
+    mIsUpToDate = entry->mIsUpToDate;
+    mHasObject = entry->mHasObject;
+    mGLContext = context;
+}
+
+KyString KyShader::loadFromFile() {
+    if (mSource.length() == 0) {
+        const KyString path = mFolderPath + "/share/shaders/" + mFolderName + "/" + mFileName;
+        mSource = loadShader(path.dataPtr()).c_str();
+    }
+    return mParameters.getDefineMacros() + mSource;
+}
+
+// A caching shader's name belongs to one of its entries, which queues it itself.
+void KyShader::deleteShader() {
+    if (mHasObject && mShaderCashing == nullptr)
+        KyDeferredDeleteMap::pushShaderHandle(mId, mGLContext);
+    mHasObject = false;
+    mIsUpToDate = false;
+}
+
+void KyShader::setParameters(const KyShaderParametersMacros& macros) {
+    if (hasParameters(macros)) return;
+    mParameters = macros;
+    macrosChanged();
+}
+
+bool KyShader::hasParameters(const KyShaderParametersMacros& macros) const {
+    return mParameters == macros;
+}
+
+bool KyShader::hasParameter(const KyString& macro) const {
+    return mParameters.hasMacro(macro);
+}
+
+bool KyShader::pushParameter(const KyString& macro) {
+    const bool changed = mParameters.pushMacro(macro);
+    if (changed) macrosChanged();
+    return changed;
+}
+
+bool KyShader::removeParameter(const KyString& macro) {
+    const bool changed = mParameters.removeMacro(macro);
+    if (changed) macrosChanged();
+    return changed;
+}
+
+void KyShader::clearParameters() {
+    if (mParameters.count() == 0) return;
+    mParameters.clear();
+    macrosChanged();
+}
+
+void KyShader::macrosChanged() {
+    mIsUpToDate = false;
+    keyChanged();
+}
+
+void KyShader::keyChanged() {
+    if (mOwner != nullptr) mOwner->mKeys[mIndex] = lookupKey(mParameters, mGLContext);
+}
+
+KyShader::KyShaderCashing::~KyShaderCashing() {
+    clear();
+}
+
+void KyShader::KyShaderCashing::clear() {
+    for (long i = 0; i < mShaders.size; ++i)
+        delete mShaders[i];
+    mShaders.resize(0);
+    mKeys.resize(0);
+}
+
+KyShader* KyShader::KyShaderCashing::getVertexShader(const KyShaderParametersMacros& macros,
+                                                     unsigned int context, const KyString& file,
+                                                     const KyString& folder) {
+    return findOrMake<KyVertexShader>(1, macros, context, file, folder);
+}
+
+KyShader* KyShader::KyShaderCashing::getFragmentShader(const KyShaderParametersMacros& macros,
+                                                       unsigned int context, const KyString& file,
+                                                       const KyString& folder) {
+    return findOrMake<KyFragmentShader>(0, macros, context, file, folder);
+}
+
+// Equal keys nearly always mean the entry; what it really holds decides.
+template <typename Shader>
+KyShader* KyShader::KyShaderCashing::findOrMake(int type, const KyShaderParametersMacros& macros,
+                                                unsigned int context, const KyString& file,
+                                                const KyString& folder) {
+    const unsigned long long key = lookupKey(macros, context);
+    for (long i = mKeys.find(key); i < mKeys.size; i = mKeys.find(key, i + 1)) {
+        KyShader* const entry = mShaders[i];
+        if (entry->mGLContext == context && entry->getType() == type &&
+            entry->hasParameters(macros))
+            return entry;
+    }
+    auto made = std::make_unique<Shader>(file, folder, false);
+    made->setParameters(macros);
+    mShaders.reserve(mShaders.size + 1);
+    mKeys.reserve(mKeys.size + 1);
+    KyShader* const entry = made.release();
+    entry->mOwner = this;
+    entry->mIndex = mShaders.append(entry);
+    mKeys.append(lookupKey(macros, entry->mGLContext));
+    return entry;
+}
+
+KyVertexShader::KyVertexShader(const KyString& file, const KyString& folder, bool caching)
+    : KyShader(file, folder, caching) {}
+
+KyVertexShader::~KyVertexShader() = default;
+
+KyShader* KyVertexShader::getCachingShader(unsigned int context) {
+    return mShaderCashing->getVertexShader(mParameters, context, mFileName, mFolderName);
+}
+
+int KyVertexShader::getType() {
+    return 1;
+}
+
+KyFragmentShader::KyFragmentShader(const KyString& file, const KyString& folder, bool caching)
+    : KyShader(file, folder, caching) {}
+
+KyFragmentShader::~KyFragmentShader() = default;
+
+KyShader* KyFragmentShader::getCachingShader(unsigned int context) {
+    return mShaderCashing->getFragmentShader(mParameters, context, mFileName, mFolderName);
+}
+
+int KyFragmentShader::getType() {
+    return 0;
+}

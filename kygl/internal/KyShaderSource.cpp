@@ -1,0 +1,140 @@
+#include "KyShaderSource.h"
+
+#include <kygl/containers/KyDArray.h>
+
+#include <algorithm>
+#include <fstream>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kDirective = "#include";
+constexpr long kMaxDepth = 64;
+constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+
+// A line feed in front of each line and none at the end, whatever the file ends in. A file of more
+// than `limit` bytes counts as one that cannot be read, so a device or a runaway log costs no more
+// than that.
+std::string loadFile(const char* path, std::size_t limit) {
+    std::ifstream file(path, std::ios_base::in);
+    std::string text(1, '\n');
+    char chunk[16384];
+    while (file.good()) {
+        file.read(chunk, sizeof chunk);
+        text.append(chunk, static_cast<std::size_t>(file.gcount()));
+        if (text.size() - 1 > limit) return std::string();
+    }
+    if (text.size() == 1) return std::string();
+    if (text.back() == '\n') text.pop_back();
+    return text;
+}
+
+// Text that shrinks and grows at its front: it lies at the end of its buffer.
+class RestOfText {
+public:
+    explicit RestOfText(std::string text) : mBuffer(std::move(text)) {}
+
+    std::string_view view() const { return std::string_view(mBuffer).substr(mBegin); }
+    std::size_t size() const { return mBuffer.size() - mBegin; }
+
+    void drop(std::size_t count) { mBegin += count; }
+
+    void prepend(std::string_view text) {
+        if (mBegin < text.size()) moveBack(text.size());
+        mBegin -= text.size();
+        text.copy(&mBuffer[mBegin], text.size());
+    }
+
+private:
+    // At least doubles the buffer, so that each byte is moved a bounded number of times on average.
+    void moveBack(std::size_t room) {
+        std::string larger(2 * mBuffer.size() + room, '\0');
+        const std::size_t begin = larger.size() - size();
+        view().copy(&larger[begin], size());
+        mBuffer.swap(larger);
+        mBegin = begin;
+    }
+
+    std::string mBuffer;
+    std::size_t mBegin = 0;
+};
+
+std::string includeFolder(std::string_view path) {
+    const std::size_t backslash = path.rfind('\\');
+    const std::size_t last = backslash != std::string_view::npos ? backslash : path.rfind('/');
+    return std::string(path.substr(0, last + 1));  // npos + 1 is 0: no folder
+}
+
+// Expands a text. The rule is: find the first directive, replace it by the file, search again from
+// the start. What stands in front of the first directive holds none, so the new search need not
+// go back further than a directive could reach into it.
+class Expansion {
+public:
+    Expansion(std::string text, std::string folder)
+        : mBytesLeft(kMaxBytes - std::min(kMaxBytes, text.size())),
+          mFolder(std::move(folder)),
+          mRest(std::move(text)) {}
+
+    std::string run() {
+        while (true) {
+            const std::size_t at = mRest.view().find(kDirective);
+            finish(std::min(at, mRest.size()));
+            if (at == std::string_view::npos) return std::move(mDone);
+            leaveEndedFiles();
+            const std::string name = takeDirective();
+            insert(mOpenFiles.size < kMaxDepth ? read(name) : std::string());
+        }
+    }
+
+private:
+    void finish(std::size_t count) {
+        mDone.append(mRest.view().substr(0, count));
+        mRest.drop(count);
+    }
+
+    // Takes the directive off the text and gives the name between its quotes. Without a closing
+    // quote the name runs to the end of the text; without any, all of the text is the directive.
+    std::string takeDirective() {
+        const std::string_view rest = mRest.view();
+        const std::size_t open = std::min(rest.find('"'), rest.size() - 1);
+        const std::size_t close = std::min(rest.find('"', open + 1), rest.size());
+        std::string name(rest.substr(open + 1, close - open - 1));
+        mRest.drop(std::min(close + 1, rest.size()));
+        return name;
+    }
+
+    std::string read(const std::string& name) {
+        std::string text = loadFile((mFolder + name).c_str(), mBytesLeft);
+        mBytesLeft -= std::min(mBytesLeft, text.size());
+        return text;
+    }
+
+    // A directive may come together anew from the end of what is done, the inserted text and what
+    // follows it, so all but one of a directive's bytes are searched once more.
+    void insert(const std::string& text) {
+        for (long i = 0; i < mOpenFiles.size; ++i)
+            mOpenFiles[i] = std::min(mOpenFiles[i], mRest.size());
+        if (!text.empty()) mOpenFiles.append(mRest.size());
+        mRest.prepend(text);
+        const std::size_t back = std::min(mDone.size(), kDirective.size() - 1);
+        mRest.prepend(std::string_view(mDone).substr(mDone.size() - back));
+        mDone.resize(mDone.size() - back);
+    }
+
+    void leaveEndedFiles() {
+        while (mOpenFiles.size > 0 && mRest.size() <= mOpenFiles[mOpenFiles.size - 1])
+            mOpenFiles.remove(mOpenFiles.size - 1);
+    }
+
+    std::size_t mBytesLeft;  // that may still be read
+    std::string mFolder;
+    std::string mDone;
+    RestOfText mRest;
+    KyDArray<std::size_t> mOpenFiles;  // for each file that we are in: the text behind it
+};
+
+}  // namespace
+
+std::string loadShader(const char* path) {
+    return Expansion(loadFile(path, kMaxBytes), includeFolder(path)).run();
+}
