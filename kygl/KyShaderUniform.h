@@ -1,0 +1,116 @@
+#pragma once
+
+#include <kygl/containers/KyDArray.h>
+#include <kygl/kyglApi.h>
+#include <kylib/KyString.h>
+
+/// A named scalar on the CPU side that is sent to whatever program is in use.
+///
+/// It is held by name, not by location: the location is looked up in the given program at each
+/// activation, and a program without the name is no error. A uniform belongs to one thread at a
+/// time.
+class KYGL_API KyShaderUniform {
+public:
+    explicit KyShaderUniform(const KyString& name);
+    virtual ~KyShaderUniform();
+    KyShaderUniform(const KyShaderUniform&) = delete;
+    KyShaderUniform& operator=(const KyShaderUniform&) = delete;
+
+    /// Sends the value to a location of the program in use. Does nothing here.
+    virtual void setUniform(int location);
+
+    /// Whether the other holds an equal value of the same type; the names play no part. False here
+    /// and for null.
+    virtual bool isEqual(const KyShaderUniform* other) const;
+
+    /// Looks the name up in `program`, which must be in use, and sends the value. Allocates nothing
+    /// and takes no lock.
+    ///
+    /// GL calls: `glGetUniformLocation`, `glUniform1f` or `glUniform1i` if the program has the
+    /// name, and an error check behind each. An error of the look-up is dropped; one of the value,
+    /// such as a type that does not fit, is notified.
+    /// @return false when the program has no such uniform
+    bool activate(unsigned int program);
+
+    const KyString& name() const { return mName; }
+
+protected:
+    KyString mName;
+};
+
+/// Same name and equal values of the same type.
+KYGL_API bool operator==(const KyShaderUniform& a, const KyShaderUniform& b);
+
+/// A whole number.
+class KYGL_API KyShaderUniformInt : public KyShaderUniform {
+public:
+    KyShaderUniformInt(const KyString& name, int value);
+    ~KyShaderUniformInt() override;
+    void setUniform(int location) override;
+    bool isEqual(const KyShaderUniform* other) const override;
+
+    void setValue(int value) { mValue = value; }
+
+private:
+    int mValue;
+};
+
+/// A floating-point number. Values are equal as floats are: a NaN equals nothing.
+class KYGL_API KyShaderUniformFloat : public KyShaderUniform {
+public:
+    KyShaderUniformFloat(const KyString& name, float value);
+    ~KyShaderUniformFloat() override;
+    void setUniform(int location) override;
+    bool isEqual(const KyShaderUniform* other) const override;
+
+    void setValue(float value) { mValue = value; }
+
+private:
+    float mValue;
+};
+
+/// The uniforms of a technique, in the order in which their names were first set.
+///
+/// The set owns its uniforms; a pointer that it hands out is valid until that uniform is removed or
+/// the set cleared or destroyed. No two have the same name, and a name keeps its type while it is
+/// in the set. Look-ups are linear. A set belongs to one thread at a time. A failed allocation
+/// leaves as `std::bad_alloc` and the set as it was.
+class KYGL_API KyShaderParametersUniform {
+public:
+    KyShaderParametersUniform() = default;
+    ~KyShaderParametersUniform();
+    KyShaderParametersUniform(const KyShaderParametersUniform&) = delete;
+    KyShaderParametersUniform& operator=(const KyShaderParametersUniform&) = delete;
+
+    /// Removes every uniform; the storage stays.
+    void clear();
+
+    /// @return the uniform of that name, or null
+    KyShaderUniform* getUniform(const KyString& name) const;
+    bool hasUniform(const KyString& name) const;
+
+    /// Sets a value, adding the uniform at the end if the name is new.
+    /// @return the uniform, or null, and no change, when the name holds the other type
+    ///@{
+    KyShaderUniform* setUniform(const KyString& name, float value);
+    KyShaderUniform* setUniform(const KyString& name, int value);
+    ///@}
+
+    /// Removes a uniform; the others keep their order. @return whether it was there
+    bool removeUniform(const KyString& name);
+
+    /// Sends every uniform in order to `program`, which must be in use; those that it lacks are
+    /// skipped. GL calls as for `KyShaderUniform::activate`.
+    void activate(unsigned int program);
+
+private:
+    friend bool operator==(const KyShaderParametersUniform&, const KyShaderParametersUniform&);
+    KYGL_LOCAL long find(const KyString& name) const;
+    template <typename Uniform, typename Value>
+    KYGL_LOCAL KyShaderUniform* set(const KyString& name, Value value);
+
+    KyDArray<KyShaderUniform*> mUniforms;
+};
+
+/// Equal uniforms in the same order.
+KYGL_API bool operator==(const KyShaderParametersUniform& a, const KyShaderParametersUniform& b);
