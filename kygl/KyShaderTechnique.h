@@ -1,0 +1,111 @@
+#pragma once
+
+#include <kygl/containers/KyDArray.h>
+#include <kygl/kyglApi.h>
+#include <kygl/KyShaderUniform.h>
+#include <kylib/KyString.h>
+
+class KyShader;
+
+/// A vertex and a fragment shader, linked into a GL program for one context at a time, with the
+/// uniforms that go with them.
+///
+/// With two caching shaders a technique caches as well: it keeps one linked program for each pair
+/// of compiled shaders and each context, and finds it again. Otherwise it holds one program and
+/// links anew whenever a macro, a shader or the context changes.
+///
+/// The shaders are borrowed and must outlive the technique. A technique belongs to one thread at a
+/// time, and whatever reaches the GL runs with the context of its argument current; that is not
+/// checked. Programs are never deleted here: they go to `KyDeferredDeleteMap` under their context.
+class KYGL_API KyShaderTechnique {
+public:
+    /// Touches neither files nor GL. Either shader may be null; nothing compiles until both are
+    /// there.
+    KyShaderTechnique(KyShader* vertexShader, KyShader* fragmentShader);
+    ~KyShaderTechnique();
+    KyShaderTechnique(const KyShaderTechnique&) = delete;
+    KyShaderTechnique& operator=(const KyShaderTechnique&) = delete;
+
+    /// Replaces a shader. The old program stays until the next `compile`.
+    ///@{
+    void setVertexShader(KyShader* shader);
+    void setFragmentShader(KyShader* shader);
+    ///@}
+
+    /// Whether this technique keeps its programs in a cache.
+    bool isCashing() const;
+
+    /// Brings the program up to date for `context`. In the steady state a few comparisons, no GL
+    /// call, no allocation and no lock.
+    ///
+    /// A failed link writes one line with the driver's log to standard output, at every attempt; a
+    /// failed compile writes nothing. Failures are not cached: the next call tries again. A caching
+    /// technique keeps the fields of its last success, so the last good program stays in use.
+    /// @return whether there is a program for `context` now
+    bool compile(unsigned int context);
+
+    /// The road of `compile` over the cache. Only where `isCashing` holds.
+    bool compileCashing(unsigned int context);
+
+    /// Compiles, puts the program in use and sends every uniform; without a program, puts none in
+    /// use. GL calls in the steady state: `glUseProgram`, those of
+    /// `KyShaderParametersUniform::activate`, and an error check behind each.
+    void apply(unsigned int context);
+
+    /// Puts no program in use: `glUseProgram` and an error check.
+    void unUse();
+
+    /// Whether the GL knows the program's name. It does not tell that the program is in use.
+    bool isApplied();
+
+    /// Sends one uniform at once to the program, which must be in use.
+    /// @return false for null, without a program, or when the program has no such uniform
+    bool applyUniform(KyShaderUniform* uniform);
+
+    /// @return location of the attribute, or -1 without an up-to-date program or such an attribute
+    int getAttribLocation(const KyString& location);
+
+    /// Lets go of the program. One that this technique linked itself is queued for deletion in its
+    /// context; one that it found in its cache stays there.
+    void deleteTechnique();
+
+    /// The uniforms that `apply` sends.
+    KyShaderParametersUniform& uniforms() { return mUniformParameters; }
+
+    /// The linked programs of a technique, in order of creation. Entries stay until it dies.
+    class KYGL_API KyTechniqueCaching {
+    public:
+        KyTechniqueCaching() = default;
+        ~KyTechniqueCaching();
+        KyTechniqueCaching(const KyTechniqueCaching&) = delete;
+        KyTechniqueCaching& operator=(const KyTechniqueCaching&) = delete;
+
+        /// Destroys every entry.
+        void clear();
+
+        /// The entry for these shaders as they are now and this context, built if need be.
+        /// @return null for a null shader or when the build failed
+        KyShaderTechnique* getTechnique(KyShader* vertex, KyShader* fragment, unsigned int context);
+
+    private:
+        // Index i of all three is one entry. The GL names of its shaders stand for their macro
+        // sets: a shader has one name for each set and context.
+        KyDArray<KyShaderTechnique*> mTechniques;
+        KyDArray<unsigned int> mVertexIds;
+        KyDArray<unsigned int> mFragmentIds;
+    };
+
+private:
+    KYGL_LOCAL bool link(unsigned int context);
+
+    KyShader* mFragmentShader;    ///< borrowed
+    KyShader* mVertexShader;      ///< borrowed
+    unsigned int mProgram = 0;    ///< linked here, or a cache entry's
+    unsigned int mGLContext = 0;  ///< the context that `mProgram` belongs to
+    bool mHasProgram = false;     ///< there is a program to delete or to use
+    bool mIsUpToDate = false;     ///< it still matches the shaders
+    bool mUseCashing = true;      ///< false on cache entries
+    bool mOwnsProgram = false;    ///< `mProgram` was linked here and is queued from here
+    KyShaderParametersUniform mUniformParameters;
+    KyTechniqueCaching mTechniqueCashing;
+};

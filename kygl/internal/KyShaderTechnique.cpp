@@ -1,0 +1,160 @@
+#include <kygl/KyShaderTechnique.h>
+
+#include "kyglCheck.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/kyglShaderGLSL.h>
+#include <kygl/KyShader.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+constexpr char kSource[] = "internal/KyShaderTechnique";
+
+}  // namespace
+
+KyShaderTechnique::KyShaderTechnique(KyShader* vertexShader, KyShader* fragmentShader)
+    : mFragmentShader(fragmentShader), mVertexShader(vertexShader) {}
+
+// Without memory for the queue the program stays until its context goes: a destructor has nobody to
+// tell.
+KyShaderTechnique::~KyShaderTechnique() {
+    try {
+        deleteTechnique();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+void KyShaderTechnique::setVertexShader(KyShader* shader) {
+    if (shader == mVertexShader) return;
+    mIsUpToDate = false;
+    mVertexShader = shader;
+}
+
+void KyShaderTechnique::setFragmentShader(KyShader* shader) {
+    if (shader == mFragmentShader) return;
+    mIsUpToDate = false;
+    mFragmentShader = shader;
+}
+
+bool KyShaderTechnique::isCashing() const {
+    return mUseCashing && mVertexShader != nullptr && mFragmentShader != nullptr &&
+           mVertexShader->isCaching() && mFragmentShader->isCaching();
+}
+
+bool KyShaderTechnique::compile(unsigned int context) {
+    if (mVertexShader == nullptr || mFragmentShader == nullptr) return false;
+    if (mVertexShader->isCurrent(context) && mFragmentShader->isCurrent(context) && mHasProgram &&
+        mIsUpToDate && mGLContext == context)
+        return true;
+    return isCashing() ? compileCashing(context) : link(context);
+}
+
+bool KyShaderTechnique::link(unsigned int context) {
+    deleteTechnique();
+    const unsigned int iov = mVertexShader->compile(context);
+    const unsigned int iof = mFragmentShader->compile(context);
+    if (!mVertexShader->isCurrent(context) || !mFragmentShader->isCurrent(context)) return false;
+
+    KYGL_CHECKED(mProgram = glCreateProgramObjectARB(), 1);
+    mGLContext = context;
+    KYGL_CHECKED(glAttachObjectARB(mProgram, iov), 1);
+    KYGL_CHECKED(glAttachObjectARB(mProgram, iof), 1);
+    const KyResult result = kyglShaderGLSLLinkProgram(mProgram);
+    if (!result.ok()) {
+        std::puts(result.text());
+        return false;
+    }
+    mHasProgram = true;
+    mIsUpToDate = true;
+    mOwnsProgram = true;
+    return true;
+}
+
+bool KyShaderTechnique::compileCashing(unsigned int context) {
+    const KyShaderTechnique* const entry =
+        mTechniqueCashing.getTechnique(mVertexShader, mFragmentShader, context);
+    if (entry == nullptr) return false;
+    if (mOwnsProgram) deleteTechnique();  // from a time with shaders that do not cache
+    mHasProgram = entry->mHasProgram;
+    mIsUpToDate = entry->mIsUpToDate;
+    mProgram = entry->mProgram;
+    mGLContext = context;
+    return true;
+}
+
+void KyShaderTechnique::apply(unsigned int context) {
+    compile(context);
+    if (mHasProgram && mIsUpToDate) {
+        KYGL_CHECKED(glUseProgram(mProgram), 0);
+        mUniformParameters.activate(mProgram);
+    } else {
+        KYGL_CHECKED(glUseProgram(0), 0);
+    }
+}
+
+void KyShaderTechnique::unUse() {
+    KYGL_CHECKED(glUseProgram(0), 0);
+}
+
+bool KyShaderTechnique::isApplied() {
+    GLboolean isApply = GL_FALSE;
+    KYGL_CHECKED(isApply = glIsProgram(mProgram), 0);
+    return isApply != GL_FALSE;
+}
+
+bool KyShaderTechnique::applyUniform(KyShaderUniform* uniform) {
+    return uniform != nullptr && isApplied() && uniform->activate(mProgram);
+}
+
+int KyShaderTechnique::getAttribLocation(const KyString& location) {
+    if (!mHasProgram || !mIsUpToDate) return -1;
+    int result = -1;
+    KYGL_CHECKED(result = glGetAttribLocation(mProgram, location.dataPtr()), 0);
+    return result;
+}
+
+// A program that came from the cache belongs to its entry, which queues it itself.
+void KyShaderTechnique::deleteTechnique() {
+    if (mHasProgram && mOwnsProgram) KyDeferredDeleteMap::pushTehniqueHandle(mProgram, mGLContext);
+    mOwnsProgram = false;
+    mHasProgram = false;
+    mIsUpToDate = false;
+}
+
+KyShaderTechnique::KyTechniqueCaching::~KyTechniqueCaching() {
+    clear();
+}
+
+void KyShaderTechnique::KyTechniqueCaching::clear() {
+    for (long i = 0; i < mTechniques.size; ++i)
+        delete mTechniques[i];
+    mTechniques.resize(0);
+    mVertexIds.resize(0);
+    mFragmentIds.resize(0);
+}
+
+KyShaderTechnique* KyShaderTechnique::KyTechniqueCaching::getTechnique(KyShader* vertex,
+                                                                       KyShader* fragment,
+                                                                       unsigned int context) {
+    if (vertex == nullptr || fragment == nullptr) return nullptr;
+    const unsigned int vertexId = vertex->compile(context);
+    const unsigned int fragmentId = fragment->compile(context);
+    for (long i = mVertexIds.find(vertexId); i < mVertexIds.size;
+         i = mVertexIds.find(vertexId, i + 1))
+        if (mFragmentIds[i] == fragmentId && mTechniques[i]->mGLContext == context)
+            return mTechniques[i];
+
+    auto made = std::make_unique<KyShaderTechnique>(vertex, fragment);
+    made->mUseCashing = false;
+    if (!made->compile(context)) return nullptr;
+    mTechniques.reserve(mTechniques.size + 1);
+    mVertexIds.reserve(mVertexIds.size + 1);
+    mFragmentIds.reserve(mFragmentIds.size + 1);
+    mVertexIds.append(vertexId);
+    mFragmentIds.append(fragmentId);
+    mTechniques.append(made.get());
+    return made.release();
+}
