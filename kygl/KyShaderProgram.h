@@ -1,0 +1,114 @@
+#pragma once
+
+#include <kygl/kyglApi.h>
+#include <kylib/KyString.h>
+
+class KyShader;
+class KyShaderParametersMacros;
+class KyShaderTechnique;
+class KyShaderUniform;
+
+/// A pair of shader files with their macros and uniforms: what a rendering module holds.
+///
+///     KyShader::mFolderPath = "/opt/viewer";                    // once, by the application
+///     KyShaderProgram program;
+///     program.create("relief.vert", "relief.frag", "terrain");  // no file, no GL yet
+///     program.pushMacro("CONTOURS");
+///     program.setUniform("height", 2.5f);
+///
+///     program.apply(3);                       // context 3 is current; builds on first use
+///     ... draw ...
+///     program.applyUniform("height", 3.0f);   // between apply and unUse: at once
+///     ... draw ...
+///     program.unUse();
+///
+/// Each macro set and context is built once, when it is first applied, and found from then on. The
+/// program owns its two shaders and its technique; what they built goes to `KyDeferredDeleteMap`
+/// when the program dies, on whatever thread that happens.
+///
+/// A program belongs to one thread at a time. `compile` and `apply` run with the GL context of
+/// their argument current; that is not checked. Nothing here reports: failure is `false`, null
+/// or -1, and a failed link writes a line to standard output. Before `create`, and after
+/// `deleteProgram`, each operation gives the value that it gives for failure and does nothing else.
+class KYGL_API KyShaderProgram {
+public:
+    KyShaderProgram() = default;
+    ~KyShaderProgram();
+    KyShaderProgram(const KyShaderProgram&) = delete;
+    KyShaderProgram& operator=(const KyShaderProgram&) = delete;
+
+    /// Names the shader files: `KyShader::mFolderPath` + "/share/shaders/" + folder + "/" + file.
+    /// What an earlier `create` made is deleted first, its macros and uniforms too. When memory
+    /// runs out `std::bad_alloc` passes and everything is as before.
+    void create(const KyString& vertexFile, const KyString& fragmentFile, const KyString& folder);
+
+    /// Lets go of everything; what was built is queued for deletion. Doing it twice does nothing.
+    void deleteProgram();
+
+    /// Adds one macro to one shader or to both, fragment shader first.
+    /// @return whether that shader's set changed; `pushMacro` tells it of the vertex shader alone
+    ///@{
+    bool pushVertexMacro(const KyString& macro);
+    bool pushFragmentMacro(const KyString& macro);
+    bool pushMacro(const KyString& macro);
+    ///@}
+
+    /// Removes one macro from one shader or from both, fragment shader first.
+    /// @return whether that shader's set changed; `removeMacro` tells it of the vertex shader alone
+    ///@{
+    bool removeVertexMacro(const KyString& macro);
+    bool removeFragmentMacro(const KyString& macro);
+    bool removeMacro(const KyString& macro);
+    ///@}
+
+    /// Replaces the macro set of one shader or of both by a copy of `macros`.
+    ///@{
+    void setVertexParameter(const KyShaderParametersMacros& macros);
+    void setFragmentParameter(const KyShaderParametersMacros& macros);
+    void setParameter(const KyShaderParametersMacros& macros);
+    ///@}
+
+    /// Stores a uniform, to be sent at every `apply`.
+    /// @return the uniform, owned by the program, or null when the name holds the other type
+    ///@{
+    KyShaderUniform* setUniform(const KyString& name, float value);
+    KyShaderUniform* setUniform(const KyString& name, int value);
+    ///@}
+
+    /// Stores a uniform and sends it at once, to the program that must be in use.
+    /// @return true when it was sent; false when it is only stored, when the program has no such
+    ///     uniform, or when the name holds the other type
+    ///@{
+    bool applyUniform(const KyString& name, float value);
+    bool applyUniform(const KyString& name, int value);
+    ///@}
+
+    /// @return location of a vertex attribute in the program last built or found, or -1
+    int getAttribLocation(const KyString& location);
+
+    /// Builds or finds the program for the present macros and `context`. @return success
+    bool compile(unsigned int context);
+
+    /// `compile`, then puts the program in use and sends every uniform. In the steady state it
+    /// allocates nothing, takes no lock and calls the GL only to use the program and to send the
+    /// uniforms by name. After a failure the last good program of this object is put in use, or
+    /// none if there never was one.
+    void apply(unsigned int context);
+
+    /// Whether the GL knows the program. It does not tell that the program is in use.
+    bool isApplied();
+
+    /// Puts no program in use, whatever the state of this object.
+    void unUse();
+
+    /// Adds the macro "ENABLE_CLIPVERTEX", which a shader file that can clip tests for, unless the
+    /// variable NO_CLIP_PLANE stands in the environment. Hand the set to `setParameter` or one of
+    /// its siblings.
+    static void enableClipPlane(KyShaderParametersMacros& macros);
+
+private:
+    KyShader* mVertexShader = nullptr;        ///< owned
+    KyShader* mFragmentShader = nullptr;      ///< owned
+    KyShaderTechnique* mTechnique = nullptr;  ///< owned
+    KyString mFolderName;                     ///< the folder of the last `create`
+};
