@@ -1,0 +1,136 @@
+// A steady apply and unUse: beside the same GL calls written by hand, and beside a table that finds
+// its program by context and macros.
+
+#include "support.h"
+
+#include <kygl/kyglShaderGLSL.h>
+#include <kygl/KyShaderProgram.h>
+#include <sogl/SoGLEW.h>
+
+#include <stdexcept>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int kContext = 1;
+constexpr const char* kVertex = "void main() { gl_Position = gl_Vertex; }\n";
+
+std::string uniformName(int i) {
+    return "weight" + std::to_string(i);
+}
+
+std::string fragmentText(int uniforms) {
+    std::string declarations;
+    std::string sum = "0.0";
+    for (int i = 0; i < uniforms; ++i) {
+        declarations += "uniform float " + uniformName(i) + ";\n";
+        sum += " + " + uniformName(i);
+    }
+    return declarations + "void main() { gl_FragColor = vec4(" + sum + "); }\n";
+}
+
+template <typename GL>
+struct Library {
+    GL gl;
+    KyShaderProgram program;
+
+    explicit Library(int uniforms) {
+        writeShader("apply.vert", kVertex);
+        writeShader("apply.frag", fragmentText(uniforms));
+        program.create("apply.vert", "apply.frag", "bench");
+        program.pushMacro("FOG");
+        program.pushMacro("LIGHTS 3");
+        for (int i = 0; i < uniforms; ++i)
+            program.setUniform(uniformName(i).c_str(), 0.5F);
+        if (!program.compile(kContext)) throw std::runtime_error("the program does not build");
+    }
+
+    void operator()() {
+        program.apply(kContext);
+        program.unUse();
+    }
+};
+
+void check() {
+    if (const GLenum error = glGetError()) std::fprintf(stderr, "GL error %#x\n", error);
+}
+
+template <typename GL>
+struct Raw {
+    struct Uniform {
+        std::string name;
+        float value;
+    };
+    GL gl;
+    GLuint program = 0;
+    std::vector<Uniform> uniforms;
+
+    explicit Raw(int count) {
+        unsigned int vertex = 0;
+        unsigned int fragment = 0;
+        kyglShaderGLSLPrepareProgram(kVertex, fragmentText(count).c_str(), &vertex, &fragment,
+                                     &program);
+        if (!kyglShaderGLSLLinkProgram(program).ok())
+            throw std::runtime_error("the program does not build");
+        for (int i = 0; i < count; ++i)
+            uniforms.push_back({uniformName(i), 0.5F});
+    }
+
+    void operator()() const {
+        glUseProgram(program);
+        check();
+        for (const Uniform& uniform : uniforms) {
+            const GLint location = glGetUniformLocation(program, uniform.name.c_str());
+            check();
+            if (location < 0) continue;
+            glUniform1f(location, uniform.value);
+            check();
+        }
+        glUseProgram(0);
+        check();
+    }
+};
+
+struct Table {
+    struct Key {
+        unsigned int context;
+        std::string macros;
+        bool operator==(const Key& other) const {
+            return context == other.context && macros == other.macros;
+        }
+    };
+    struct Hash {
+        std::size_t operator()(const Key& key) const {
+            return std::hash<std::string>()(key.macros) * 31 + key.context;
+        }
+    };
+    std::unordered_map<Key, Raw<NoOpGL>, Hash> programs;
+    Key wanted{kContext, "FOG\nLIGHTS 3\n"};
+
+    explicit Table(int uniforms) {
+        for (const unsigned int context : {kContext, kContext + 1})
+            for (const char* const macros : {"FOG\n", "FOG\nLIGHTS 3\n"})
+                programs.try_emplace(Key{context, macros}, uniforms);
+    }
+
+    void operator()() const { programs.find(wanted)->second(); }
+};
+
+}  // namespace
+
+void addApply() {
+    for (const int uniforms : {4, 16}) {
+        const std::string name = "apply" + std::to_string(uniforms);
+        addSide(name + "/library", [=] { return Library<NoOpGL>(uniforms); });
+        addSide(name + "/raw", [=] { return Raw<NoOpGL>(uniforms); });
+        addSide(name + "/table", [=] { return Table(uniforms); });
+        addRatio({name + "/library", name + "/raw"});
+        addRatio({name + "/library", name + "/table"});
+
+        const std::string driver = name + "Driver";
+        addSide(driver + "/library", [=] { return Library<RealGL>(uniforms); });
+        addSide(driver + "/raw", [=] { return Raw<RealGL>(uniforms); });
+        addRatio({driver + "/library", driver + "/raw", 1.05});
+    }
+}

@@ -1,0 +1,126 @@
+// Switching one program among macro sets that are all built: beside a hash map whose text key is
+// built at each switch. The sets differ in their last macro.
+
+#include "support.h"
+
+#include <kygl/KyShaderMacro.h>
+#include <kygl/KyShaderProgram.h>
+#include <sogl/SoGLEW.h>
+
+#include <deque>
+#include <unordered_map>
+#include <vector>
+
+namespace {
+
+constexpr unsigned int kContext = 1;
+const std::vector<std::string> kFixedMacros = {"ENABLE_CLIPVERTEX", "FOG",      "NORMAL_MAP",
+                                               "SHADOWS 2",         "CONTOURS", "PALETTE 256"};
+
+// Goes round the sets; the first round builds them.
+struct Switcher {
+    NoOpGL gl;
+    std::vector<std::string> texts;
+    KyShaderProgram program;
+    std::size_t present = 0;
+
+    explicit Switcher(std::size_t sets) {
+        for (std::size_t i = 0; i < sets; ++i)
+            texts.push_back("LIGHTS " + std::to_string(i + 1));
+        writeShader("switch.glsl", "void main() {}\n");
+        program.create("switch.glsl", "switch.glsl", "bench");
+    }
+    std::size_t next() const { return present + 1 < texts.size() ? present + 1 : 0; }
+};
+
+// A caller that takes one macro out and puts another in. It holds the texts as strings made
+// beforehand, or as literals.
+template <typename Text>
+struct RemovePush : Switcher {
+    std::vector<Text> macros;
+
+    explicit RemovePush(std::size_t sets) : Switcher(sets) {
+        for (const std::string& text : texts)
+            macros.emplace_back(text.c_str());
+        for (const std::string& text : kFixedMacros)
+            program.pushMacro(text.c_str());
+        program.pushMacro(macros[0]);
+        for (std::size_t i = 0; i < sets; ++i)
+            operator()();
+    }
+
+    void operator()() {
+        program.removeMacro(macros[present]);
+        present = next();
+        program.pushMacro(macros[present]);
+        program.apply(kContext);
+    }
+};
+
+// A caller that keeps whole sets.
+struct SetParameter : Switcher {
+    std::deque<KyShaderParametersMacros> macroSets;
+
+    explicit SetParameter(std::size_t sets) : Switcher(sets) {
+        for (const std::string& last : texts) {
+            KyShaderParametersMacros& macros = macroSets.emplace_back();
+            for (const std::string& text : kFixedMacros)
+                macros.pushMacro(text.c_str());
+            macros.pushMacro(last.c_str());
+        }
+        for (std::size_t i = 0; i < sets; ++i)
+            operator()();
+    }
+
+    void operator()() {
+        present = next();
+        program.setParameter(macroSets[present]);
+        program.apply(kContext);
+    }
+};
+
+struct TextKey : Switcher {
+    std::vector<std::string> macros = kFixedMacros;
+    std::unordered_map<std::string, GLuint> programs;
+
+    explicit TextKey(std::size_t sets) : Switcher(sets) {
+        macros.emplace_back();
+        for (const std::string& text : texts) {
+            macros.back() = text;
+            programs.emplace(key(), static_cast<GLuint>(programs.size() + 1));
+        }
+    }
+
+    void operator()() {
+        present = next();
+        macros.back() = texts[present];
+        glUseProgram(programs.find(key())->second);
+        if (glGetError() != GL_NO_ERROR) std::abort();
+    }
+
+    std::string key() const {
+        std::string text = std::to_string(kContext);
+        for (const std::string& macro : macros) {
+            text += '\n';
+            text += macro;
+        }
+        return text;
+    }
+};
+
+}  // namespace
+
+void addMacroSwitch() {
+    for (const std::size_t sets : {2U, 16U, 128U}) {
+        const std::string name = "switch" + std::to_string(sets);
+        addSide(name + "/removePush", [=] { return RemovePush<KyString>(sets); });
+        addSide(name + "/literals", [=] { return RemovePush<const char*>(sets); });
+        addSide(name + "/setParameter", [=] { return SetParameter(sets); });
+        addSide(name + "/peer", [=] { return TextKey(sets); });
+        addRatio({name + "/removePush", name + "/peer", 2});
+        addRatio({name + "/literals", name + "/peer"});
+        addRatio({name + "/setParameter", name + "/peer", 5});
+    }
+    addRatio({"switch128/removePush", "switch2/removePush", 2});
+    addRatio({"switch128/setParameter", "switch2/setParameter", 2});
+}

@@ -1,0 +1,120 @@
+#include "support.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::vector<Ratio>& ratios() {
+    static std::vector<Ratio> all;
+    return all;
+}
+
+// Prints what the console reporter prints, and a table of ratios at the end.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    RatioReporter() : ConsoleReporter(OO_Tabular) {}
+
+    bool failed() const { return !mFailed.empty(); }
+
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (run.run_type != Run::RT_Iteration) continue;
+            std::string name = run.run_name.function_name;
+            if (!run.run_name.threads.empty()) name += "/" + run.run_name.threads;
+            // The processor's time unless the side wants another: it knows nothing of other
+            // programs.
+            const double total = run.run_name.time_type.empty() ? run.cpu_accumulated_time
+                                                                : run.real_accumulated_time;
+            if (total <= 0) {
+                mFailed.insert(name);
+                continue;
+            }
+            mTimes[name].push_back(total * 1e9 / static_cast<double>(run.iterations));
+        }
+    }
+
+    void Finalize() override {
+        std::printf("\n%-36s %12s   %-32s %12s %7s %7s\n", "side", "ns", "peer", "ns", "ratio",
+                    "target");
+        for (const Ratio& ratio : ratios())
+            print(ratio);
+        for (const std::string& name : mFailed)
+            std::printf("%s: NOT MEASURED\n", name.c_str());
+    }
+
+private:
+    // Of several repetitions the best, for what disturbs a measurement only makes it longer. Of
+    // several threads the median, for the best is one where they missed each other. 0 for none.
+    double time(const std::string& name) const {
+        const auto found = mTimes.find(name);
+        if (found == mTimes.end()) return 0;
+        std::vector<double> times = found->second;
+        std::sort(times.begin(), times.end());
+        return name.find("/threads:") == name.npos ? times[0] : times[times.size() / 2];
+    }
+
+    void print(const Ratio& ratio) const {
+        const double side = time(ratio.side);
+        const double peer = time(ratio.peer);
+        if (side <= 0 || peer <= 0) return;
+        const double value = ratio.difference ? side - peer : side / (peer * ratio.work);
+        std::printf("%-36s %12.1f   %-32s %12.1f %7.2f", ratio.side.c_str(), side,
+                    ratio.peer.c_str(), peer, value);
+        if (ratio.limit > 0)
+            std::printf(" %7.2f  %s", ratio.limit, value <= ratio.limit ? "met" : "MISSED");
+        std::printf("%s\n", ratio.difference ? " (difference in ns)" : "");
+    }
+
+    std::map<std::string, std::vector<double>> mTimes;
+    std::set<std::string> mFailed;
+};
+
+int count(const char* side, long steps) {
+    const auto found = countable().find(side);
+    if (found == countable().end()) {
+        std::fprintf(stderr, "kygl_bench: no side %s; there are:\n", side);
+        for (const auto& known : countable())
+            std::fprintf(stderr, "  %s\n", known.first.c_str());
+        return 1;
+    }
+    try {
+        found->second(steps);
+        return 0;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "kygl_bench: %s: %s\n", side, error.what());
+        return 1;
+    }
+}
+
+}  // namespace
+
+void addRatio(const Ratio& ratio) {
+    ratios().push_back(ratio);
+}
+
+int main(int argc, char** argv) {
+    // As long as a process never had a second thread its locks and allocations cost half as much,
+    // which is not the life that the library leads.
+    std::thread([] {}).join();
+    addApply();
+    addErrorCheck();
+    addRegistry();
+    addMacroSwitch();
+    addDeferred();
+    addLoader();
+    addContainers();
+    if (argc == 4 && std::strcmp(argv[1], "--count") == 0)
+        return count(argv[2], std::atol(argv[3]));
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    return reporter.failed() ? 1 : 0;
+}
