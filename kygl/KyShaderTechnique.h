@@ -14,14 +14,18 @@ class KyShader;
 /// of compiled shaders and each context, and finds it again. Otherwise it holds one program and
 /// links anew whenever a macro, a shader or the context changes.
 ///
-/// The shaders are borrowed and must outlive the technique. A technique belongs to one thread at a
-/// time, and whatever reaches the GL runs with the context of its argument current; that is not
-/// checked. Programs are never deleted here: they go to `KyDeferredDeleteMap` under their context.
+/// The shaders are borrowed. They must outlive the technique, those that were replaced as well, and
+/// serve this technique alone: it learns of a change by finding a shader not current. A technique
+/// belongs to one thread at a time, and whatever reaches the GL runs with the context of its
+/// argument current; that is not checked. Programs are never deleted here: they go to
+/// `KyDeferredDeleteMap` under their context.
 class KYGL_API KyShaderTechnique {
 public:
     /// Touches neither files nor GL. Either shader may be null; nothing compiles until both are
     /// there.
     KyShaderTechnique(KyShader* vertexShader, KyShader* fragmentShader);
+    /// Lets go of the programs. Without memory for the queue they stay in the GL until their
+    /// context goes.
     ~KyShaderTechnique();
     KyShaderTechnique(const KyShaderTechnique&) = delete;
     KyShaderTechnique& operator=(const KyShaderTechnique&) = delete;
@@ -40,7 +44,8 @@ public:
     ///
     /// A failed link writes one line with the driver's log to standard output, at every attempt; a
     /// failed compile writes nothing. Failures are not cached: the next call tries again. A caching
-    /// technique keeps the fields of its last success, so the last good program stays in use.
+    /// technique keeps the fields of its last success, so the last good program stays in use, even
+    /// if it was built for another context.
     /// @return whether there is a program for `context` now
     bool compile(unsigned int context);
 
@@ -55,13 +60,16 @@ public:
     /// Puts no program in use: `glUseProgram` and an error check.
     void unUse();
 
-    /// Whether the GL knows the program's name. It does not tell that the program is in use.
+    /// Whether the GL knows the program's name, by `glIsProgram` and an error check. It does not
+    /// tell that the program is in use.
     bool isApplied();
 
-    /// Sends one uniform at once to the program, which must be in use.
+    /// Sends one uniform at once to the program, which must be in use. GL calls: those of
+    /// `isApplied`, then those of `KyShaderUniform::activate`.
     /// @return false for null, without a program, or when the program has no such uniform
     bool applyUniform(KyShaderUniform* uniform);
 
+    /// Asks by `glGetAttribLocation` and an error check.
     /// @return location of the attribute, or -1 without an up-to-date program or such an attribute
     int getAttribLocation(const KyString& location);
 
@@ -106,6 +114,7 @@ private:
     bool mIsUpToDate = false;     ///< it still matches the shaders
     bool mUseCashing = true;      ///< false on cache entries
     bool mOwnsProgram = false;    ///< `mProgram` was linked here and is queued from here
+    bool mBuildFailed = false;    ///< what is in the fields is of an older success: build again
     KyShaderParametersUniform mUniformParameters;
     KyTechniqueCaching mTechniqueCashing;
 };

@@ -47,7 +47,7 @@ bool KyShaderTechnique::isCashing() const {
 bool KyShaderTechnique::compile(unsigned int context) {
     if (mVertexShader == nullptr || mFragmentShader == nullptr) return false;
     if (mVertexShader->isCurrent(context) && mFragmentShader->isCurrent(context) && mHasProgram &&
-        mIsUpToDate && mGLContext == context)
+        mIsUpToDate && mGLContext == context && !mBuildFailed)
         return true;
     return isCashing() ? compileCashing(context) : link(context);
 }
@@ -70,10 +70,12 @@ bool KyShaderTechnique::link(unsigned int context) {
     mHasProgram = true;
     mIsUpToDate = true;
     mOwnsProgram = true;
+    mBuildFailed = false;
     return true;
 }
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
+    mBuildFailed = true;  // also where an exception passes
     const KyShaderTechnique* const entry =
         mTechniqueCashing.getTechnique(mVertexShader, mFragmentShader, context);
     if (entry == nullptr) return false;
@@ -82,6 +84,7 @@ bool KyShaderTechnique::compileCashing(unsigned int context) {
     mIsUpToDate = entry->mIsUpToDate;
     mProgram = entry->mProgram;
     mGLContext = context;
+    mBuildFailed = false;
     return true;
 }
 
