@@ -13,17 +13,22 @@ constexpr long kMaxDepth = 64;
 constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
 
 // A line feed in front of each line and none at the end, whatever the file ends in. A file of more
-// than `limit` bytes counts as one that cannot be read, so a device or a runaway log costs no more
-// than that.
-std::string loadFile(const char* path, std::size_t limit) {
+// than `bytesLeft` counts as one that cannot be read and uses them up all the same: a device or a
+// runaway log is read once, however often it is named.
+std::string loadFile(const char* path, std::size_t& bytesLeft) {
+    if (bytesLeft == 0) return std::string();
     std::ifstream file(path, std::ios_base::in);
     std::string text(1, '\n');
     char chunk[16384];
     while (file.good()) {
         file.read(chunk, sizeof chunk);
         text.append(chunk, static_cast<std::size_t>(file.gcount()));
-        if (text.size() - 1 > limit) return std::string();
+        if (text.size() - 1 > bytesLeft) {
+            bytesLeft = 0;
+            return std::string();
+        }
     }
+    bytesLeft -= text.size() - 1;
     if (text.size() == 1) return std::string();
     if (text.back() == '\n') text.pop_back();
     return text;
@@ -70,10 +75,8 @@ std::string includeFolder(std::string_view path) {
 // go back further than a directive could reach into it.
 class Expansion {
 public:
-    Expansion(std::string text, std::string folder)
-        : mBytesLeft(kMaxBytes - std::min(kMaxBytes, text.size())),
-          mFolder(std::move(folder)),
-          mRest(std::move(text)) {}
+    explicit Expansion(const char* path)
+        : mFolder(includeFolder(path)), mRest(loadFile(path, mBytesLeft)) {}
 
     std::string run() {
         while (true) {
@@ -104,9 +107,7 @@ private:
     }
 
     std::string read(const std::string& name) {
-        std::string text = loadFile((mFolder + name).c_str(), mBytesLeft);
-        mBytesLeft -= std::min(mBytesLeft, text.size());
-        return text;
+        return loadFile((mFolder + name).c_str(), mBytesLeft);
     }
 
     // A directive may come together anew from the end of what is done, the inserted text and what
@@ -126,7 +127,7 @@ private:
             mOpenFiles.remove(mOpenFiles.size - 1);
     }
 
-    std::size_t mBytesLeft;  // that may still be read
+    std::size_t mBytesLeft = kMaxBytes;  // that may still be read
     std::string mFolder;
     std::string mDone;
     RestOfText mRest;
@@ -136,5 +137,5 @@ private:
 }  // namespace
 
 std::string loadShader(const char* path) {
-    return Expansion(loadFile(path, kMaxBytes), includeFolder(path)).run();
+    return Expansion(path).run();
 }
