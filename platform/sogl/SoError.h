@@ -14,7 +14,9 @@ public:
     using Handler = void (*)(const char* text);
 
     /// Sends reports to `handler` from now on, on the thread on which they arise; null restores
-    /// the default, which writes one line to standard error.
+    /// the default, which writes one line to standard error. A handler may be called on several
+    /// threads at once and while a lock is held, so it must call neither this library nor those
+    /// above it.
     /// @return the previous handler, null for the default
     static Handler setHandler(Handler handler) noexcept;
 };

@@ -35,18 +35,21 @@ public:
     SoGLContext* getCurrent() {
         const GLXContext address = glXGetCurrentContext();
         if (address == nullptr) return nullptr;
+        Display* const display = glXGetCurrentDisplay();
         const GLXContextID id = glXGetContextIDEXT(address);
         const unsigned long epoch = mEpoch.load(std::memory_order_acquire);
         thread_local LastSeen last;
         // An id of 0 tells nothing, so such a context is read again each time.
-        if (id == 0 || address != last.address || id != last.id || epoch != last.epoch)
-            last = {address, id, epoch, find(address, id)};
+        if (id == 0 || address != last.address || display != last.display || id != last.id ||
+            epoch != last.epoch)
+            last = {address, display, id, epoch, find(address, display, id)};
         return last.context;
     }
 
 private:
     struct LastSeen {
         GLXContext address = nullptr;
+        Display* display = nullptr;
         GLXContextID id = 0;
         unsigned long epoch = 0;
         SoGLContext* context = nullptr;
@@ -58,9 +61,8 @@ private:
     };
 
     // The driver is asked with the lock held: nothing that it runs comes back here.
-    SoGLContext* find(GLXContext address, GLXContextID id) {
+    SoGLContext* find(GLXContext address, Display* display, GLXContextID id) {
         const std::lock_guard<std::mutex> hold(mMutex);
-        Display* const display = glXGetCurrentDisplay();
         watch(display);
         Known& known = mContexts[address];
         if (known.context == nullptr || id == 0 || known.id != id || known.display != display) {
