@@ -15,9 +15,10 @@
 ///     kyglSetContext(7);                                         // first call: captures the flags
 ///     if (kyglGLSLAvailable(7)) ...                              // from any thread, any time
 ///
-/// Every function may be called from any thread. The registry's lock is held while a record is
-/// captured and while the table is walked, and released on every way out. Nothing here reports an
-/// error; a failed allocation leaves as `std::bad_alloc`.
+/// Every function may be called from any thread. The registry's lock is held while the table is
+/// looked at and while `kyglSetContext` captures a record, and released on every way out. A capture
+/// asks the GL for its version and extensions and may ask the X server. Nothing here reports an
+/// error; a failed allocation leaves as `std::bad_alloc` and the registry as it was.
 
 /// The capability flags of one GL context.
 struct KyGLContext_s {
@@ -37,8 +38,8 @@ extern "C" {
 KYGL_API void kyglSetContext(unsigned int id);
 
 /// The id of the calling thread's current context, or 0xFFFFFFFF. Linear in the number of ids. A
-/// thread without a record gets one of its own, which is in no table; it is released when the
-/// thread ends.
+/// thread without a record gets one of its own, captured from the GL context that is current or
+/// empty without one; it is in no table and released when the thread ends.
 KYGL_API unsigned int kyglGetContext();
 
 /// Captures the capabilities of the calling thread's current record again, from the GL context

@@ -36,10 +36,12 @@ std::unique_ptr<KyGLContext_s> createRecord() {
 
 // A record that is in no table: a thread asked before it had a context. It lives until its thread
 // ends or needs another one; short-lived threads would pile them up otherwise.
+thread_local bool tThreadEnds = false;
 struct ThreadOnlyRecord {
     std::unique_ptr<KyGLContext_s> record;
 
     ~ThreadOnlyRecord() {
+        tThreadEnds = true;
         if (record != nullptr && _curContext.get() == record.get()) _curContext.set(nullptr);
     }
 };
@@ -47,9 +49,15 @@ thread_local ThreadOnlyRecord tThreadOnly;
 
 KyGLContext_s* kyglCurrentRecord() {
     if (KyGLContext_s* const current = _curContext.get()) return current;
-    tThreadOnly.record = createRecord();
-    _curContext.set(tThreadOnly.record.get());
-    return tThreadOnly.record.get();
+    std::unique_ptr<KyGLContext_s> made = createRecord();
+    KyGLContext_s* const record = made.get();
+    _curContext.set(record);
+    // What other objects of an ending thread ask for has no owner any more.
+    if (tThreadEnds)
+        made.release();
+    else
+        tThreadOnly.record = std::move(made);
+    return record;
 }
 
 using Check = bool (*)(KyGLContext_s*);
@@ -80,8 +88,14 @@ bool vendorContains(const char* name) {
 
 void kyglSetContext(unsigned int id) {
     const KyScopedLock hold(_contextTabMutex);
-    KyGLContext_s*& record = _contextTab[id];
-    if (record == nullptr) record = createRecord().release();
+    KyGLContext_s* const* const known = _contextTab.lookup(id);
+    KyGLContext_s* record = known != nullptr ? *known : nullptr;
+    if (record == nullptr) {
+        // The entry comes last: a placeholder would stay behind if the record cannot be had.
+        std::unique_ptr<KyGLContext_s> made = createRecord();
+        _contextTab[id] = made.get();
+        record = made.release();
+    }
     _curContext.set(record);
 }
 
