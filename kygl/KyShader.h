@@ -32,6 +32,8 @@ public:
     /// @param folder folder below "/share/shaders/"
     /// @param caching the mode, for life
     KyShader(const KyString& file, const KyString& folder, bool caching);
+    /// Lets go of the GL object as `deleteShader` does. Without memory for the queue the object
+    /// stays in the GL until its context goes.
     virtual ~KyShader();
     KyShader(const KyShader&) = delete;
     KyShader& operator=(const KyShader&) = delete;
@@ -59,9 +61,9 @@ public:
     ///
     /// `#include "name"` is replaced by the file `name` beside the top-level file, wherever the
     /// directive stands, comments included; a file that cannot be read gives nothing. Includes may
-    /// nest 64 deep, and one expansion reads at most 16 MiB: past either bound a directive is
-    /// replaced by nothing and the expansion goes on. A top-level file over that size counts as
-    /// one that cannot be read.
+    /// nest 64 deep, and one expansion reads at most 16 MiB; a file that does not fit into what
+    /// is left of that counts as one that cannot be read and uses it up. Past either bound a
+    /// directive is replaced by nothing and the expansion goes on.
     KyString loadFromFile();
 
     /// Lets go of the GL object. That of a direct shader is queued for deletion in its context; one

@@ -21,9 +21,9 @@ unsigned long long lookupKey(const KyShaderParametersMacros& macros, unsigned in
 KyString KyShader::mFolderPath;
 
 KyShader::KyShader(const KyString& file, const KyString& folder, bool caching)
-    : mFileName(file),
-      mFolderName(folder),
-      mShaderCashing(caching ? new KyShaderCashing : nullptr) {}
+    : mFileName(file), mFolderName(folder) {
+    if (caching) mShaderCashing = new KyShaderCashing;
+}
 
 // Without memory for the queue the GL object stays until its context goes: a destructor has nobody
 // to tell.
@@ -54,6 +54,11 @@ unsigned int KyShader::compile(unsigned int context) {
 
 void KyShader::compileCaching(unsigned int context) {
     KyShader* const entry = getCachingShader(context);
+    // An entry is found again by its context, so a new one gets it before anything can fail.
+    if (!entry->mHasObject) {
+        entry->mGLContext = context;
+        entry->keyChanged();
+    }
     entry->compile(context);
     mId = entry->mId;
     mIsUpToDate = entry->mIsUpToDate;
