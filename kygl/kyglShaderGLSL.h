@@ -57,7 +57,8 @@ KYGL_API KyResult kyglShaderGLSLLinkProgram2(unsigned int inProgram);
 ///@}
 
 /// Fetches a program's log. Errors that were pending are notified and cleared first.
-/// @param outLog replaced by the log, of whatever length
+/// @param outLog replaced by the log, of whatever length. The array has the size that the GL tells
+///     and one byte more, so `length` may count a NUL that the GL told: read it by `dataPtr`
 /// @return the outcome of the fetch
 ///@{
 KYGL_API KyResult kyglShaderGLSLGetProgramsInfoLog(unsigned int inProgram, KyString& outLog);

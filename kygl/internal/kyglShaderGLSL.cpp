@@ -120,6 +120,7 @@ struct CoreSet {
 // Room for a log of `length` bytes and a closing NUL, all zero, so that a fetch which writes
 // nothing leaves the empty text.
 void makeRoom(KyString& log, int length) {
+    log.reserve(long{std::max(length, 0)} + 1);
     log.resize(length);
     std::fill(log.data, log.data + log.size, '\0');
     log.append('\0');
