@@ -3,6 +3,7 @@
 #include "kyglCheck.h"
 #include "kyglScopedLock.h"
 
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -21,8 +22,11 @@ public:
     Sweep& operator=(const Sweep&) = delete;
 
     ~Sweep() {
-        std::copy(mList.data + mKept, mList.data + mList.size, mList.data + mFront);
-        mList.size = mFront + (mList.size - mKept);
+        const long kept = mList.size - mKept;
+        if (kept > 0)
+            std::memmove(mList.data + mFront, mList.data + mKept,
+                         static_cast<std::size_t>(kept) * sizeof(KyDeferredDeleteMap::MapObject));
+        mList.size = mFront + kept;
     }
 
     /// Finds the next element of the context, which is off the list from then on.
