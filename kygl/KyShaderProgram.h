@@ -29,7 +29,8 @@ class KyShaderUniform;
 /// A program belongs to one thread at a time. `compile` and `apply` run with the GL context of
 /// their argument current; that is not checked. Nothing here reports: failure is `false`, null
 /// or -1, and a failed link writes a line to standard output. Before `create`, and after
-/// `deleteProgram`, each operation gives the value that it gives for failure and does nothing else.
+/// `deleteProgram`, each operation but `unUse` gives the value that it gives for failure and does
+/// nothing else.
 class KYGL_API KyShaderProgram {
 public:
     KyShaderProgram() = default;
@@ -61,7 +62,9 @@ public:
     bool removeMacro(const KyString& macro);
     ///@}
 
-    /// Replaces the macro set of one shader or of both by a copy of `macros`.
+    /// Replaces the macro set of one shader or of both by a copy of `macros`. Here as with the
+    /// macros above, running out of memory between the two shaders leaves the fragment shader
+    /// changed and the vertex shader as it was.
     ///@{
     void setVertexParameter(const KyShaderParametersMacros& macros);
     void setFragmentParameter(const KyShaderParametersMacros& macros);
@@ -69,13 +72,15 @@ public:
     ///@}
 
     /// Stores a uniform, to be sent at every `apply`.
-    /// @return the uniform, owned by the program, or null when the name holds the other type
+    /// @return the uniform, which belongs to the program and lives until `create`, `deleteProgram`
+    ///     or the program's end; null when the name holds the other type
     ///@{
     KyShaderUniform* setUniform(const KyString& name, float value);
     KyShaderUniform* setUniform(const KyString& name, int value);
     ///@}
 
-    /// Stores a uniform and sends it at once, to the program that must be in use.
+    /// Stores a uniform and sends it at once, to the program that must be in use. GL calls:
+    /// `glIsProgram`, then those of `KyShaderUniform::activate`.
     /// @return true when it was sent; false when it is only stored, when the program has no such
     ///     uniform, or when the name holds the other type
     ///@{
@@ -83,6 +88,7 @@ public:
     bool applyUniform(const KyString& name, int value);
     ///@}
 
+    /// Asks by `glGetAttribLocation` and an error check.
     /// @return location of a vertex attribute in the program last built or found, or -1
     int getAttribLocation(const KyString& location);
 
@@ -91,11 +97,13 @@ public:
 
     /// `compile`, then puts the program in use and sends every uniform. In the steady state it
     /// allocates nothing, takes no lock and calls the GL only to use the program and to send the
-    /// uniforms by name. After a failure the last good program of this object is put in use, or
-    /// none if there never was one.
+    /// uniforms by name. After a failure the last good program of this object is put in use, even
+    /// if it was built for another context, or none if there never was one: ask `compile` first
+    /// where that matters.
     void apply(unsigned int context);
 
-    /// Whether the GL knows the program. It does not tell that the program is in use.
+    /// Whether the GL knows the program, by `glIsProgram` and an error check. It does not tell that
+    /// the program is in use.
     bool isApplied();
 
     /// Puts no program in use, whatever the state of this object.

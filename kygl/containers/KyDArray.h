@@ -16,12 +16,13 @@
 /// opened by `insertMemory` is the one exception, and its caller constructs into it.
 ///
 /// An array belongs to one thread at a time. Nothing is checked: an index outside the array is a
-/// fault of the caller. Failed allocations leave as `std::bad_alloc` and the array as it was.
+/// fault of the caller. Failed allocations leave as `std::bad_alloc` and the array as it was, save
+/// that `resize` keeps what elements of a class type it made.
 template <typename T>
 class KyDArray {
 public:
     long size = 0;      ///< number of elements in use; changed by the operations below
-    long capacity = 0;  ///< number of elements that `data` has room for; never falls
+    long capacity = 0;  ///< number of elements that `data` has room for; falls only by `swap`
     T* data = nullptr;  ///< the storage, null while nothing was allocated
 
     KyDArray() = default;

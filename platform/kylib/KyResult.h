@@ -36,7 +36,7 @@ public:
     const char* detail() const noexcept;   ///< never null
 
     /// The whole outcome as one printable line without line end: "ok", or place, message and
-    /// detail, with line ends inside them shown as " | ". Valid as long as this value.
+    /// detail and code, with line ends inside them shown as " | ". Valid as long as this value.
     const char* text() const noexcept;
 
     /// Hands a failure to the reporter; does nothing on success.
