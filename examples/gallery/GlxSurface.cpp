@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <initializer_list>
+#include <mutex>
 #include <stdexcept>
 
 #include <GL/glx.h>
@@ -12,6 +13,10 @@ namespace {
 
 // Xlib calls its handler on the thread that reads the answer: the owner of the connection.
 thread_local std::string sError;
+
+// Mesa's software driver breaks the heap when two threads make or take down contexts and
+// connections at the same time.
+std::mutex sOneByOne;
 
 int noteError(Display* display, XErrorEvent* event) {
     char text[128];
@@ -33,6 +38,7 @@ void GlxSurface::prepareThreads() {
 
 GlxSurface::GlxSurface(bool window, const std::string& title, int x, int width, int height)
     : GlxSurface(window, width, height) {
+    const std::lock_guard<std::mutex> hold(sOneByOne);
     open();
     const GLXFBConfig config = chooseConfig();
     mContext = glXCreateNewContext(mDisplay.get(), config, GLX_RGBA_TYPE, nullptr, True);
@@ -48,10 +54,14 @@ GlxSurface::GlxSurface(bool window, const std::string& title, int x, int width, 
 }
 
 GlxSurface::~GlxSurface() {
-    if (mContext == nullptr) return;
-    glXMakeContextCurrent(mDisplay.get(), None, None, nullptr);
-    if (mDrawable != 0) (mWindow ? glXDestroyWindow : glXDestroyPbuffer)(mDisplay.get(), mDrawable);
-    glXDestroyContext(mDisplay.get(), mContext);
+    const std::lock_guard<std::mutex> hold(sOneByOne);
+    if (mContext != nullptr) {
+        glXMakeContextCurrent(mDisplay.get(), None, None, nullptr);
+        if (mDrawable != 0)
+            (mWindow ? glXDestroyWindow : glXDestroyPbuffer)(mDisplay.get(), mDrawable);
+        glXDestroyContext(mDisplay.get(), mContext);
+    }
+    mDisplay.reset();
 }
 
 void GlxSurface::open() {
