@@ -1,0 +1,142 @@
+#include <kygl/containers/KyDArray.h>
+#include <kygl/containers/KyHashTable.h>
+#include <kylib/KyString.h>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+TEST(DArray, growsBySizeAndNeverShrinks) {
+    KyDArray<int> array;
+    std::set<long> capacities;
+    for (int i = 0; i < 28; ++i) {
+        EXPECT_EQ(array.append(i), i);
+        capacities.insert(array.capacity);
+    }
+    EXPECT_EQ(capacities, (std::set<long>{1, 2, 3, 4, 6, 9, 13, 19, 28}));
+    array.resize(3);
+    EXPECT_EQ(array.capacity, 28);
+    array.insert(1, array[2]);
+    EXPECT_EQ(array[1], 2) << "an element of its own";
+    array.resize(29);
+    EXPECT_EQ(array.capacity, 29) << "the factor goes by the size, not by the capacity";
+    EXPECT_EQ(array.resize(-3), 0);
+    array.remove(0);
+    EXPECT_EQ(array.size, 0);
+}
+
+TEST(DArray, sortedSearchAndInsertionNarrowAlike) {
+    const struct {
+        std::vector<int> content;
+        int item;
+        long left, right, found, inserted;
+    } cases[] = {
+        {{}, 5, -1, -1, -1, 0},
+        {{10, 20}, 5, -1, -1, -1, 0},
+        {{10, 20, 30}, 25, -1, -1, -1, 2},
+        {{10, 20, 20, 20, 30}, 20, -1, -1, 3, 4},  // of equals the last
+        {{10, 20, 30, 40}, 10, 0, 3, 0, 1},        // the left bound is looked at
+        {{10, 20, 30, 40}, 30, -1, 2, 2, 2},       // and the right one
+        {{10, 20, 30, 40}, 40, -1, 2, -1, 2},      // but nothing beyond
+    };
+    for (const auto& c : cases) {
+        KyDArray<int> array;
+        for (const int value : c.content)
+            array.append(value);
+        const auto order = kyStandardCompare<int>;
+        EXPECT_EQ(array.findSorted(c.item, order, c.left, c.right), c.found) << c.item;
+        EXPECT_EQ(array.insertSorted(c.item, order, c.left, c.right), c.inserted) << c.item;
+        EXPECT_EQ(array[c.inserted], c.item);
+    }
+}
+
+TEST(DArray, stringsSurviveWhateverMovesThem) {
+    std::mt19937 random(1);
+    KyDArray<KyString> array;
+    std::vector<std::string> model;
+    for (int step = 0; step < 2000; ++step) {
+        const auto at = static_cast<long>(random() % (model.size() + 1));
+        const std::string text(random() % 40, static_cast<char>('a' + step % 26));
+        const unsigned long what = random() % 10;
+        if (what < 4) {
+            array.insert(at, text.c_str());
+            model.insert(model.begin() + at, text);
+        } else if (what < 7 && at < array.size) {
+            array.insert(at, array[at / 2]);  // one of its own, also when the storage moves
+            model.insert(model.begin() + at, std::string(model[static_cast<std::size_t>(at / 2)]));
+        } else if (what < 9 && at < array.size) {
+            array.remove(at);
+            model.erase(model.begin() + at);
+        } else if (what == 9) {
+            model.resize(static_cast<std::size_t>(array.resize(at + 2)));
+        }
+        ASSERT_EQ(array.size, static_cast<long>(model.size()));
+        for (long i = 0; i < array.size; ++i)
+            ASSERT_EQ(array[i].dataPtr(), model[static_cast<std::size_t>(i)]) << "step " << step;
+    }
+}
+
+TEST(HashTable, chainsTakeNewEntriesAtTheHeadAndTurnInARebuild) {
+    using Keys = std::vector<unsigned int>;
+    KyHashTable<unsigned int, int> table(0);
+    const auto walk = [&table](Keys keys = {}) {
+        unsigned int key = 0;
+        int value = 0;
+        while (table.next(key, value))
+            keys.push_back(key);
+        return keys;
+    };
+    Keys k;  // that share bucket 0 of 8, and so of 2 and 4
+    for (unsigned int key = 0; k.size() < 5; ++key)
+        if ((kyKeyHash(key) & 7U) == 0) k.push_back(key);
+    for (const unsigned int key : k)
+        table[key];
+    table.resetNext();
+    for (const char* what : {"a walk", "and another: the cursor rewinds itself"})
+        EXPECT_EQ(walk(), (Keys{k[4], k[0], k[1], k[2], k[3]})) << what;
+    for (const std::size_t i : {2U, 4U, 3U}) {  // from the middle, the head and the tail
+        EXPECT_EQ(table.remove(k[i]), 1);
+        EXPECT_EQ(table.remove(k[i]), 0);
+    }
+    table.resetNext();
+    EXPECT_EQ(walk(), (Keys{k[0], k[1]}));
+}
+
+TEST(HashTable, holdsWhatAMapHoldsAndGrowsInTime) {
+    KyHashTable<KyString, int> table(7);
+    std::map<std::string, int> model;
+    std::mt19937 random(2);
+    int mask = 1;
+    for (int step = 0; step < 5000; ++step) {
+        const std::string name = std::to_string(random() % 100);
+        const KyString key(name.c_str());
+        const int* const known = table.lookup(key);
+        ASSERT_EQ(known != nullptr, model.count(name) != 0);
+        if (random() % 3 != 0) {
+            int& value = table[key] += step;
+            ASSERT_EQ(value, model.try_emplace(name, 7).first->second += step);
+            ASSERT_TRUE(known == nullptr || known == &value);
+            if (table.count > 2 * mask + 1) mask = 2 * mask + 1;
+        } else {
+            ASSERT_EQ(table.remove(key), static_cast<int>(model.erase(name)));
+        }
+        if (step % 1000 == 500) {
+            table.removeAll();
+            model.clear();
+        }
+        ASSERT_EQ(table.count, static_cast<int>(model.size()));
+        ASSERT_EQ(table.mask, mask);
+    }
+    KyHashTableIterator<KyString, int> one(table);
+    KyHashTableIterator<KyString, int> other(table);
+    KyString key;
+    int value = 0;
+    other.next(key, value);  // a second walk beside the first disturbs nothing
+    for (; one.next(key, value); model.erase(key.dataPtr()))
+        ASSERT_EQ(model.at(key.dataPtr()), value);
+    EXPECT_TRUE(model.empty());
+}

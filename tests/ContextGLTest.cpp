@@ -1,0 +1,116 @@
+#include "support/RealGLX.h"
+#include "support/Reports.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/kygl.h>
+#include <kygl/kyglShaderGLSL.h>
+#include <sogl/SoGLContext.h>
+#include <sogl/SoGLEW.h>
+#include <sogl/SoGLXEW.h>
+
+#include <set>
+#include <thread>
+
+extern "C" {
+void glGenBuffers(GLsizei n, GLuint* buffers);
+void glBindBuffer(GLenum target, GLuint buffer);
+GLboolean glIsBuffer(GLuint buffer);
+GLboolean glIsShader(GLuint shader);
+}
+
+using ContextGLTest = RealGLXTest;
+
+TEST_F(ContextGLTest, theDriversAnswersReachTheRegistry) {
+    kyglSetContext(1);
+    const bool programs = !RealGLX::masked();
+    EXPECT_TRUE(kyglVBOsAvailable(1));
+    EXPECT_EQ(kyglGLSLAvailable(1), programs);
+    EXPECT_EQ(kyglShaderGLSLAvailable(), programs);
+    const GLEWContextStruct& flags = *SoGLContext::glewGetCurrentContextIV(true);
+    EXPECT_EQ(flags.ARB_vertex_program != 0, programs);
+    EXPECT_EQ(flags.ARB_fragment_program != 0, programs);
+    EXPECT_TRUE(flags.VERSION_1_4);
+    SoGLXEW::GLXEWContextStruct glx = {};
+    EXPECT_EQ(SoGLXEW::glxewContextInit(&glx), 0U);
+    EXPECT_TRUE(glx.VERSION_1_3 && glx.VERSION_1_4 && glx.ARB_create_context);
+    EXPECT_EQ(glGetError(), 0U) << "asking left an error behind";
+    kyglClearAllContexts();
+}
+
+TEST_F(ContextGLTest, eachContextHasItsOwnObjectWhicheverThreadAsks) {
+    SoGLContext* const first = SoGLContext::getCurrent(false);
+    const RealGLX beside(gl.get());
+    SoGLContext* const second = SoGLContext::getCurrent(false);
+    EXPECT_NE(first, second);
+    gl->makeCurrent();
+    EXPECT_EQ(SoGLContext::getCurrent(false), first);
+    std::thread([&] {
+        const Reports reports;
+        EXPECT_EQ(SoGLContext::glewGetCurrentContextIV(false), nullptr);
+        EXPECT_FALSE(kyglShaderGLSLAvailable());
+        EXPECT_TRUE(reports.posts.empty());
+        EXPECT_EQ(SoGLContext::glewGetCurrentContextIV(true), nullptr);
+        ASSERT_EQ(reports.posts.size(), 1U);
+        EXPECT_EQ(reports.posts[0], "SoGLContext : Trying to access a NULL context");
+        beside.makeCurrent();
+        EXPECT_EQ(SoGLContext::getCurrent(false), second);
+        beside.release();
+    }).join();
+    gl->release();
+    EXPECT_EQ(SoGLContext::getCurrent(false), nullptr);
+}
+
+// Drivers hand out the address of a destroyed context again, on one connection and on the next.
+TEST_F(ContextGLTest, aNewContextAtAnOldAddressIsNotMistaken) {
+    for (const bool oneConnection : {true, false}) {
+        std::set<void*> addresses;
+        bool reused = false;
+        for (int i = 0; i < 200 && !reused; ++i) {
+            const RealGLX fresh(oneConnection ? gl.get() : nullptr);
+            reused = !addresses.insert(fresh.context()).second;
+            GLEWContextStruct* const flags = SoGLContext::glewGetCurrentContextIV(false);
+            EXPECT_EQ(flags->ARB_vertex_buffer_object, 1) << "the flags of a dead context";
+            flags->ARB_vertex_buffer_object = 99;
+            EXPECT_EQ(SoGLContext::glewGetCurrentContextIV(false)->ARB_vertex_buffer_object, 99);
+        }
+        if (!reused) GTEST_SKIP() << "no address came twice";
+    }
+}
+
+struct Objects {
+    GLuint texture = 0, buffer = 0, program = 0, shader = 0;
+
+    explicit Objects(unsigned int context) {
+        glGenTextures(1, &texture);
+        glBindTexture(GL_TEXTURE_1D, texture);
+        glGenBuffers(1, &buffer);
+        glBindBuffer(GL_ARRAY_BUFFER, buffer);
+        KyDeferredDeleteMap::pushTextureHandle(texture, context);
+        KyDeferredDeleteMap::pushBufferHandle(buffer, context);
+        if (RealGLX::masked()) return;  // a GL of that kind has neither programs nor shaders
+        program = glCreateProgramObjectARB();
+        shader = glCreateShaderObjectARB(GL_VERTEX_SHADER_ARB);
+        KyDeferredDeleteMap::pushTehniqueHandle(program, context);
+        KyDeferredDeleteMap::pushShaderHandle(shader, context);
+    }
+    int alive() const {
+        const int plain = glIsTexture(texture) + glIsBuffer(buffer);
+        return RealGLX::masked() ? plain : plain + glIsProgram(program) + glIsShader(shader);
+    }
+};
+
+TEST_F(ContextGLTest, aDrainDeletesInItsOwnContextAndNowhereElse) {
+    const int all = RealGLX::masked() ? 2 : 4;
+    const Objects ours(1);
+    const RealGLX beside;
+    const Objects theirs(2);
+    gl->makeCurrent();
+    EXPECT_EQ(ours.alive(), all);
+    KyDeferredDeleteMap::deferredDelete(1);
+    EXPECT_EQ(ours.alive(), 0);
+    beside.makeCurrent();
+    EXPECT_EQ(theirs.alive(), all);
+    KyDeferredDeleteMap::deferredDelete(2);
+    EXPECT_EQ(theirs.alive(), 0);
+    EXPECT_EQ(glGetError(), 0U);
+}

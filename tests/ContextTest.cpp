@@ -1,0 +1,196 @@
+#include "support/Allocations.h"
+#include "support/RecordedGL.h"
+#include "support/Reports.h"
+#include "support/Together.h"
+
+#include <kygl/kygl.h>
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <thread>
+
+using Names = std::vector<std::string>;
+
+const Names kAll = {"GL_ARB_shading_language_100", "GL_ARB_shader_objects",
+                    "GL_ARB_fragment_shader", "GL_ARB_vertex_shader",
+                    "GL_ARB_vertex_buffer_object"};
+
+// The registry is one for the process: each test begins and ends with an empty one.
+struct ContextTest : testing::Test {
+    ContextTest() { kyglClearAllContexts(); }
+    ~ContextTest() override { kyglClearAllContexts(); }
+
+    // Makes the driver one that has these extensions.
+    void drive(const Names& names, const char* version = "1.5") {
+        gl.extensions = names;
+        gl.strings = {{GL_VERSION, version}, {GL_EXTENSIONS, ""}};
+        if (version[0] >= '3') return;
+        for (const std::string& name : names)
+            gl.strings[GL_EXTENSIONS] += name + ' ';
+    }
+    static bool allCan() {
+        EXPECT_EQ(kyglGLSLAvailableAllContexts(), kyglVBOsAvailableAllContexts());
+        return kyglGLSLAvailableAllContexts();
+    }
+    RecordedGL gl;
+};
+
+TEST_F(ContextTest, eachFlagCountsHoweverTheDriverListsThem) {
+    EXPECT_FALSE(checkGLSL(nullptr) || checkVBOs(nullptr));
+    unsigned int id = 0;
+    for (const char* version : {"1.5", "2.1 Mesa", "3.0", "4.5 (Core Profile)"}) {
+        for (std::size_t lacking = 0; lacking <= 5; ++lacking) {
+            Names names = kAll;
+            if (lacking < 5) names[lacking] += "_x";  // a longer name is another name
+            drive(names, version);
+            kyglSetContext(++id);
+            EXPECT_EQ(kyglGLSLAvailable(id), lacking >= 4) << version << ' ' << lacking;
+            EXPECT_EQ(kyglVBOsAvailable(id), lacking != 4) << version << ' ' << lacking;
+        }
+    }
+}
+
+TEST_F(ContextTest, capabilitiesAreCapturedOnceAndAgainOnlyOnDemand) {
+    drive(kAll);
+    kyglSetContext(7);
+    EXPECT_NE(gl.takeCalls(), Names());
+    drive({kAll[4]});
+    kyglSetContext(7);
+    EXPECT_TRUE(kyglGLSLAvailable(7));
+    EXPECT_EQ(gl.takeCalls(), Names()) << "the driver was asked again";
+    kyglInitContext();
+    EXPECT_TRUE(kyglVBOsAvailable(7) && !kyglGLSLAvailable(7));
+    gl.strings.clear();  // no context is current: what was known stays
+    kyglInitContext();
+    EXPECT_TRUE(kyglVBOsAvailable(7));
+}
+
+TEST_F(ContextTest, askingForAnUnknownIdLeavesAPlaceholder) {
+    drive(kAll);
+    EXPECT_TRUE(allCan());
+    kyglSetContext(0);
+    EXPECT_TRUE(allCan());
+    EXPECT_FALSE(kyglGLSLAvailable(9) || allCan());
+    kyglSetContext(9);
+    EXPECT_TRUE(allCan());
+    EXPECT_FALSE(kyglVBOsAvailable(8) || allCan());
+    kyglClearContext(8);
+    EXPECT_TRUE(allCan());
+}
+
+TEST_F(ContextTest, aThreadOfItsOwnHasNoIdAndIsInNoTable) {
+    kyglSetContext(7);
+    gl.calls.clear();
+    std::thread([&] {
+        kyglClearContext(9);
+        EXPECT_EQ(gl.takeCalls(), Names()) << "an unknown id made a record";
+        EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
+        EXPECT_NE(gl.takeCalls(), Names());
+        EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
+        EXPECT_EQ(gl.takeCalls(), Names()) << "a second record";
+        kyglSetContext(0);
+        EXPECT_EQ(kyglGetContext(), 0U);
+    }).join();
+    kyglClearContext(0);
+    kyglClearContext(7);
+    EXPECT_EQ(kyglGetContext(), 7U) << "the current id was cleared";
+    kyglClearAllContexts();
+    EXPECT_TRUE(allCan()) << "an id was left";
+    gl.calls.clear();
+    EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
+    EXPECT_NE(gl.takeCalls(), Names()) << "the thread kept a dead record";
+}
+
+TEST_F(ContextTest, theLockIsReleasedWhenMemoryRunsOut) {
+    gl.muted = true;
+    for (const long nth : {1, 2}) {  // the entry, the record
+        Allocations::failing = nth;
+        EXPECT_THROW(kyglSetContext(5), std::bad_alloc);
+        EXPECT_FALSE(kyglGLSLAvailable(5));
+        kyglClearContext(5);
+    }
+    kyglSetContext(5);
+    EXPECT_EQ(kyglGetContext(), 5U);
+}
+
+TEST_F(ContextTest, vendorIsLookedForAnywhereAndInThisCaseOnly) {
+    EXPECT_FALSE(kyglIsVendorNVIDIA() || kyglIsVendorATI()) << "no context, no vendor";
+    const std::tuple<const char*, bool, bool> cases[] = {{"Big NVIDIA CORPORATION", true, true},
+                                                         {"NVIDIA", true, false},
+                                                         {"ATI Inc", false, true},
+                                                         {"nvidia ati", false, false}};
+    for (const auto& [vendor, nvidia, ati] : cases) {
+        gl.strings[GL_VENDOR] = vendor;
+        EXPECT_EQ(kyglIsVendorNVIDIA(), nvidia) << vendor;
+        EXPECT_EQ(kyglIsVendorATI(), ati) << vendor;
+    }
+}
+
+// What a thread sees of ids that no other uses is what a plain map of them says.
+void playOnRegistry(unsigned int thread) {
+    std::mt19937 random(thread);
+    std::map<unsigned int, bool> known;  // id to whether it has a record
+    unsigned int current = KYGL_NO_CONTEXT;
+    for (int step = 0; step < 2000; ++step) {
+        const unsigned int id = thread * 10 + static_cast<unsigned int>(random() % 10);
+        const unsigned long what = random() % 4;
+        if (what == 0) {
+            kyglSetContext(current = id);
+            known[id] = true;
+        } else if (what == 1) {
+            kyglClearContext(id);
+            if (id != current) known.erase(id);
+        } else if (what == 2) {
+            ASSERT_EQ(kyglGLSLAvailable(id), known[id]);
+        } else {
+            ASSERT_EQ(kyglGetContext(), current);
+            kyglVBOsAvailableAllContexts();
+        }
+    }
+}
+
+TEST_F(ContextTest, threadsDoNotDisturbEachOthersIds) {
+    drive(kAll);
+    gl.muted = true;
+    std::thread(playOnRegistry, 0).join();
+    kyglClearAllContexts();
+    runTogether(4, playOnRegistry);
+}
+
+TEST(ErrorCheck, readsOnceWhileNothingIsWrongAndElevenTimesAtMost) {
+    RecordedGL gl;
+    const Reports reports;
+    const auto check = [] { return kyglErrorCheck("glEnable(1)", "internal/x", 1, 2).code(); };
+    const long before = Allocations::count;
+    EXPECT_EQ(check(), 0);
+    EXPECT_EQ(Allocations::count, before);
+    EXPECT_EQ(gl.errorReads, 1);
+    EXPECT_TRUE(reports.results.empty());
+    gl.errors = {GL_INVALID_VALUE, GL_INVALID_ENUM};
+    EXPECT_EQ(check(), GL_INVALID_VALUE);
+    EXPECT_EQ(check(), 0);
+    EXPECT_EQ(gl.errorReads, 5);
+    gl.errors.assign(11, GL_INVALID_ENUM);
+    gl.errors.push_back(GL_OUT_OF_MEMORY);
+    EXPECT_EQ(check(), GL_INVALID_ENUM);
+    EXPECT_EQ(gl.errorReads, 16);
+    EXPECT_EQ(check(), GL_OUT_OF_MEMORY);
+}
+
+TEST(ErrorCheck, bringsTextsThroughAndTellsWhomTheModeNames) {
+    RecordedGL gl;
+    for (const int mode : {-1, 0, 1, 2, 3}) {
+        for (const std::string command : {"id = glF(\"100%s %n\", &a)", ""}) {
+            const Reports reports;
+            gl.errors = {GL_INVALID_OPERATION};
+            const KyResult result = kyglErrorCheck(command.c_str(), "internal/x", 42, mode);
+            const std::string detail = "command=[" + command + "]";
+            EXPECT_EQ(result, KyResult(GL_INVALID_OPERATION, 42, "internal/x", "", detail.c_str()));
+            ASSERT_EQ(reports.results.size(), mode == 1 || mode == 2 ? 1U : 0U) << mode;
+            if (reports.results.empty()) continue;
+            EXPECT_EQ(reports.results[0].result, result);
+            EXPECT_EQ(reports.results[0].kind == KyResult::Report::Check, mode == 2);
+        }
+    }
+}

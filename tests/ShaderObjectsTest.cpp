@@ -1,0 +1,304 @@
+#include "support/Allocations.h"
+#include "support/RecordedGL.h"
+#include "support/Reports.h"
+#include "support/TempShaders.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyShaderProgram.h>
+#include <kygl/KyShaderTechnique.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+using namespace std::string_literals;
+using Calls = std::vector<std::string>;
+
+// The queue is one for the process: each test begins with nothing queued for its contexts.
+struct ShaderObjectsTest : testing::Test {
+    ShaderObjectsTest() {
+        drain(1), drain(2);
+        tree.write("v", "vertex");
+        tree.write("f", "fragment");
+    }
+    Calls drain(unsigned int context) {
+        gl.calls.clear();
+        KyDeferredDeleteMap::deferredDelete(context);
+        Calls deleted = gl.takeCalls();
+        std::sort(deleted.begin(), deleted.end());
+        return deleted;
+    }
+    template <typename Object>
+    Calls applied(Object& object, unsigned int context) {
+        gl.calls.clear();
+        object.apply(context);
+        return gl.takeCalls();
+    }
+    void expectReport(std::size_t i, KyResult::Report kind, const char* source,
+                      const char* command) {
+        ASSERT_LT(i, reports.results.size());
+        const auto& [itsKind, result] = reports.results[i];
+        EXPECT_EQ(itsKind, kind);
+        EXPECT_EQ(result.file(), "internal/"s + source);
+        EXPECT_EQ(result.detail(), "command=["s + command + "]");
+    }
+
+    RecordedGL gl;
+    Reports reports;
+    const TempShaders tree;
+};
+
+// A pushes the macro A, a removes it, 0 clears the set, = sets the empty one.
+static void change(KyShader& shader, char how) {
+    const char macro[] = {static_cast<char>(std::toupper(how)), '\0'};
+    if (how == '0') shader.clearParameters();
+    if (how == '=') shader.setParameters(KyShaderParametersMacros());
+    if (std::isupper(how)) shader.pushParameter(macro);
+    if (std::islower(how)) shader.removeParameter(macro);
+}
+
+// A direct shader builds exactly when it is stale and queues what it had, under the old context; a
+// caching one builds once for each macro set, in its order, and context, and queues at its end.
+TEST_F(ShaderObjectsTest, eachModeBuildsAndQueuesWhatItMust) {
+    const struct {
+        const char* changes;
+        unsigned int context, direct, caching;  // and the names that compile gives; 0: GL refuses
+    } steps[] = {{"", 1, 1, 1},   {"a0", 1, 1, 1}, {"", 2, 2, 2},  {"", 1, 3, 1},
+                 {"A", 1, 4, 3},  {"A", 1, 4, 3},  {"B", 1, 5, 4}, {"aA", 1, 6, 5},
+                 {"bB", 1, 7, 4}, {"0", 2, 8, 2},  {"=", 2, 8, 2}, {"X", 2, 0, 0},
+                 {"", 2, 0, 0},   {"", 2, 11, 8},  {"=", 1, 12, 1}};
+    const auto expectQueued = [this](const std::map<unsigned int, unsigned int>& contexts) {
+        std::map<unsigned int, Calls> expected;
+        for (const auto& [name, context] : contexts)
+            expected[context].push_back("glDeleteObjectARB(" + std::to_string(name) + ")");
+        EXPECT_EQ(drain(1), expected[1]);
+        EXPECT_EQ(drain(2), expected[2]);
+    };
+    gl.on["glGetInfoLogARB"] = [this] { gl.errors.assign(12, GL_INVALID_VALUE); };
+    for (const bool caching : {false, true}) {
+        auto shader = std::make_unique<KyVertexShader>("v", tree.folder, caching);
+        std::map<unsigned int, unsigned int> alive, gone;  // contexts by name
+        gl.lastName = 0;
+        for (const auto& step : steps) {
+            const unsigned int name = caching ? step.caching : step.direct;
+            gl.calls.clear();
+            gl.compileStatus.always = name != 0;
+            for (const char how : std::string(step.changes))
+                change(*shader, how);
+            EXPECT_EQ(shader->compile(step.context), name);
+            EXPECT_EQ(shader->isCurrent(step.context), name != 0);
+            EXPECT_EQ(gl.calls.empty(), alive.count(name) != 0);
+            gone.clear();
+            if (!caching && alive.count(name) == 0) gone.swap(alive);
+            if (name != 0) alive[name] = step.context;
+            expectQueued(gone);
+        }
+        shader.reset();
+        expectQueued(alive);
+    }
+    expectReport(1, KyResult::Report::Check, "KyShader", "");  // the log's check reads only 11
+}
+
+TEST_F(ShaderObjectsTest, theFirstMatchingEntryInOrderOfCreationCounts) {
+    KyShader::KyShaderCashing cache;
+    KyShaderParametersMacros a, ab;
+    a.pushMacro("A");
+    ab = a;
+    ab.pushMacro("B");
+    const auto get = [&](const KyShaderParametersMacros& macros, unsigned int context) {
+        return cache.getVertexShader(macros, context, "v", tree.folder);
+    };
+    KyShader *const first = get(a, 1), *const second = get(a, 1);
+    EXPECT_NE(second, first) << "an entry has no context before it is compiled";
+    EXPECT_EQ(get(a, 0), first);
+    second->compile(1);
+    EXPECT_EQ(get(a, 1), second);
+    first->compile(1);
+    EXPECT_EQ(get(a, 1), first);
+    EXPECT_NE(cache.getFragmentShader(a, 1, "f", tree.folder), first);
+    first->pushParameter("B");
+    EXPECT_TRUE(get(a, 1) == second && get(ab, 1) == first);
+    gl.compileStatus.next = {0};
+    EXPECT_EQ(second->compile(2), 0U);
+    EXPECT_EQ(get(a, 2), second) << "one that failed is found again";
+}
+
+TEST_F(ShaderObjectsTest, aUniformKeepsItsTypeAndPlace) {
+    KyShaderParametersUniform set, same;
+    KyShaderUniform* const a = set.setUniform("a", 1);
+    set.setUniform("b", 2.5f), set.setUniform("c", 3.0f);
+    EXPECT_EQ(set.setUniform("a", 4), a);
+    EXPECT_TRUE(set.setUniform("a", 4.0f) == nullptr && set.setUniform("b", 2) == nullptr);
+    same.setUniform("a", 4), same.setUniform("b", 2.5f), same.setUniform("c", 3.0f);
+    EXPECT_TRUE(set == same);
+    EXPECT_TRUE(set.removeUniform("b") && !set.removeUniform("b") && !set.hasUniform("b"));
+    EXPECT_TRUE(set.setUniform("b", 2) != nullptr && !(set == same));
+    gl.missing = {"c"};
+    gl.failNext("glGetUniformLocation", GL_INVALID_OPERATION);
+    gl.failNext("glUniform1i", GL_INVALID_OPERATION);
+    set.activate(9);
+    EXPECT_EQ(gl.calls, (Calls{"glGetUniformLocation(9, \"a\")", "glUniform1i(0, 4)",
+                               "glGetUniformLocation(9, \"c\")", "glGetUniformLocation(9, \"b\")",
+                               "glUniform1i(1, 2)"}));
+    EXPECT_EQ(reports.results.size(), 1U);
+    expectReport(0, KyResult::Report::Notify, "KyShaderUniform", "setUniform(shaderLocation)");
+
+    const KyShaderUniformInt one("u", 1);
+    const KyShaderUniformFloat floatOne("u", 1), zero("u", 0), minus("u", -0.0f), nan("u", NAN);
+    EXPECT_FALSE(one == floatOne || floatOne == one || nan == nan || one.isEqual(nullptr));
+    EXPECT_TRUE(zero == minus && one == one);
+}
+
+TEST_F(ShaderObjectsTest, aTechniqueLinksOnceForEachMacroSetAndContext) {
+    KyVertexShader vertex("v", tree.folder, true);
+    KyFragmentShader fragment("f", tree.folder, true);
+    {
+        KyShaderTechnique technique(&vertex, &fragment);
+        technique.uniforms().setUniform("u", 1.5f);
+        EXPECT_TRUE(technique.compile(1));
+        gl.lastName = 0;  // two contexts that do not share give out the same names
+        EXPECT_TRUE(technique.compile(2));
+        EXPECT_EQ(gl.lastName, 3U);
+        fragment.pushParameter("A");
+        EXPECT_TRUE(technique.compile(2));
+        for (const unsigned int context : {1U, 1U, 2U, 1U, 2U}) {
+            fragment.clearParameters();
+            EXPECT_EQ(applied(technique, context),
+                      (Calls{"glUseProgram(3)", "glGetUniformLocation(3, \"u\")",
+                             "glUniform1f(0, 1.5)"}));
+            fragment.pushParameter("A");
+            technique.setVertexShader(&vertex);
+            EXPECT_EQ(applied(technique, 2)[0], "glUseProgram(5)");
+        }
+        vertex.compile(1), fragment.compile(1);  // another technique may share them
+        EXPECT_TRUE(technique.compile(1));
+        EXPECT_EQ(gl.lastName, 7U);
+        EXPECT_EQ(drain(1), Calls{});
+    }
+    EXPECT_EQ(drain(1), (Calls{"glDeleteProgram(3)", "glDeleteProgram(7)"}));
+    EXPECT_EQ(drain(2), (Calls{"glDeleteProgram(3)", "glDeleteProgram(5)"}));
+}
+
+TEST_F(ShaderObjectsTest, aFailedLinkIsTriedAndPrintedEachTimeAndKeepsTheLastProgram) {
+    KyVertexShader vertex("v", tree.folder, true), other("v", tree.folder, true);
+    KyFragmentShader fragment("f", tree.folder, true);
+    KyShaderTechnique technique(&vertex, &fragment);
+    gl.infoLog = "first\nsecond\n";
+    gl.linkStatus.next = {0, 1, 0, 0};
+    const auto expectApply = [&](const char* lastCall, bool printed) {
+        std::fflush(stdout);
+        testing::internal::CaptureStdout();
+        const std::string last = applied(technique, 1).back();
+        const std::string out = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(last, lastCall);
+        EXPECT_EQ(out.find("Shader Error: first") != std::string::npos, printed);
+        EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), printed ? 1 : 0);
+    };
+    expectApply("glUseProgram(0)", true);
+    expectApply("glUseProgram(4)", false);
+    fragment.pushParameter("A");
+    expectApply("glUseProgram(4)", true);
+    expectApply("glUseProgram(4)", true);
+    EXPECT_EQ(gl.lastName, 7U) << "each attempt makes a program";
+    gl.compileStatus.always = 0;
+    fragment.pushParameter("B");
+    expectApply("glUseProgram(4)", false);
+    fragment.clearParameters();
+    EXPECT_EQ(applied(technique, 1), Calls{"glUseProgram(4)"});
+    technique.setVertexShader(&other);
+    expectApply("glUseProgram(0)", false);
+    EXPECT_EQ(drain(1), Calls{});
+}
+
+TEST_F(ShaderObjectsTest, aPlainTechniqueDropsItsProgramWithItsShaders) {
+    KyVertexShader vertex("v", tree.folder, false), other("v", tree.folder, false);
+    KyFragmentShader fragment("f", tree.folder, false);
+    auto technique = std::make_unique<KyShaderTechnique>(nullptr, &fragment);
+    EXPECT_EQ(applied(*technique, 1), Calls{"glUseProgram(0)"});
+    EXPECT_TRUE(technique->getAttribLocation("p") == -1 && !technique->applyUniform(nullptr));
+    EXPECT_EQ(gl.calls, Calls{});
+    technique->setVertexShader(&vertex);
+    gl.failNext("glCreateProgramObjectARB", GL_OUT_OF_MEMORY);
+    gl.failNext("glAttachObjectARB", GL_INVALID_VALUE);
+    gl.failNth("glAttachObjectARB", 2, GL_INVALID_OPERATION);
+    EXPECT_TRUE(technique->compile(1)) << "the link alone decides";
+    const char* const commands[] = {"mProgram = glCreateProgramObjectARB()",
+                                    "glAttachObjectARB(mProgram, iov)",
+                                    "glAttachObjectARB(mProgram, iof)"};
+    for (std::size_t i = 0; i < 3; ++i)
+        expectReport(i, KyResult::Report::Notify, "KyShaderTechnique", commands[i]);
+    technique->setVertexShader(&vertex);
+    EXPECT_EQ(technique->getAttribLocation("p"), 0);
+    technique->setVertexShader(&other);
+    EXPECT_EQ(technique->getAttribLocation("p"), -1);
+    EXPECT_EQ(drain(1), Calls{});
+    EXPECT_TRUE(technique->compile(1));
+    EXPECT_EQ(drain(1), Calls{"glDeleteProgram(3)"});
+    gl.compileStatus.next = {0};
+    EXPECT_FALSE(technique->compile(2)) << "the fragment shader is built all the same";
+    EXPECT_EQ(drain(1),
+              (Calls{"glDeleteObjectARB(2)", "glDeleteObjectARB(4)", "glDeleteProgram(5)"}));
+    EXPECT_TRUE(technique->compile(2));
+    technique.reset();
+    EXPECT_EQ(drain(2), Calls{"glDeleteProgram(9)"});
+}
+
+TEST_F(ShaderObjectsTest, aProgramForgetsAllAndWithoutCreateDoesNothing) {
+    KyShaderProgram program;
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_FALSE(program.pushMacro("A") || program.removeMacro("A") || program.compile(1) ||
+                     program.isApplied() || program.applyUniform("u", 1.0f));
+        EXPECT_TRUE(program.setUniform("u", 1) == nullptr && program.getAttribLocation("p") == -1);
+        program.setParameter(KyShaderParametersMacros());
+        EXPECT_EQ(applied(program, 1), Calls{});
+        program.unUse();
+        EXPECT_EQ(gl.calls, Calls{"glUseProgram(0)"});
+        program.create("v", "f", tree.folder);
+        program.deleteProgram();
+        program.deleteProgram();
+    }
+    program.create("v", "f", tree.folder);
+    EXPECT_TRUE(program.pushFragmentMacro("A") && program.pushMacro("A"));
+    EXPECT_TRUE(program.pushVertexMacro("B 2") && !program.pushMacro("B 2"));
+    program.setUniform("u", 1);
+    program.apply(1);
+    EXPECT_EQ(gl.sources[0], "#define A\n#define B 2\n\nvertex");
+    EXPECT_EQ(gl.sources[1], "#define A\n#define B 2\n\nfragment");
+    EXPECT_TRUE(program.removeVertexMacro("A") && !program.removeMacro("A"));
+    EXPECT_FALSE(program.removeFragmentMacro("A"));
+    program.create("v", "f", tree.folder);
+    EXPECT_EQ(drain(1),
+              (Calls{"glDeleteObjectARB(1)", "glDeleteObjectARB(2)", "glDeleteProgram(3)"}));
+    EXPECT_EQ(applied(program, 1).back(), "glUseProgram(6)");
+    EXPECT_EQ(gl.sources[3], "\nfragment");
+}
+
+TEST_F(ShaderObjectsTest, aUniformGoesOutAtOnceWhereGLKnowsTheProgramAndASteadyApplyIsLean) {
+    gl.notPrograms = {0};
+    gl.missing = {"w"};
+    KyShaderProgram program;
+    program.create("v", "f", tree.folder);
+    EXPECT_FALSE(program.applyUniform("u", 1.5f)) << "stored for the first apply";
+    EXPECT_EQ(applied(program, 1).back(), "glUniform1f(0, 1.5)");
+    EXPECT_TRUE(program.applyUniform("u", 2.5f));
+    EXPECT_EQ(gl.takeCalls(),
+              (Calls{"glIsProgram(3)", "glGetUniformLocation(3, \"u\")", "glUniform1f(0, 2.5)"}));
+    EXPECT_FALSE(program.applyUniform("u", 2) || program.applyUniform("w", 2));
+    EXPECT_EQ(applied(program, 1)[2], "glUniform1f(0, 2.5)");
+    gl.muted = true;
+    const long before = Allocations::count;
+    program.apply(1);
+    program.unUse();
+    EXPECT_EQ(Allocations::count, before);
+}
+
+TEST_F(ShaderObjectsTest, theEnvironmentForbidsTheClipPlaneMacro) {
+    KyShaderParametersMacros macros;
+    for (const char* const expected : {"", "#define ENABLE_CLIPVERTEX\n"}) {
+        *expected == '\0' ? setenv("NO_CLIP_PLANE", "", 1) : unsetenv("NO_CLIP_PLANE");
+        KyShaderProgram::enableClipPlane(macros);
+        EXPECT_STREQ(macros.getDefineMacros().dataPtr(), expected);
+    }
+}

@@ -1,0 +1,145 @@
+#include "support/TempShaders.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+using namespace std::string_literals;
+
+struct ShaderSourceTest : testing::Test {
+    std::string load(const char* file) const {
+        return KyVertexShader(file, tree.folder, false).loadFromFile().dataPtr();
+    }
+    static std::string times(int count, const std::string& text) {
+        std::string all;
+        while (count-- > 0)
+            all += text;
+        return all;
+    }
+    const TempShaders tree;
+};
+
+TEST_F(ShaderSourceTest, aFileIsReadUntilItYieldsAnythingAndMacrosStandInFront) {
+    KyFragmentShader shader("main.frag", tree.folder, false);
+    shader.pushParameter("A");
+    EXPECT_STREQ(shader.loadFromFile().dataPtr(), "#define A\n");
+    tree.write("main.frag", "#include \"lib.glsl\"\nvoid main() {}\n");
+    tree.write("lib.glsl", "float f;\n");
+    shader.pushParameter("B 2");
+    const char* const text = "#define A\n#define B 2\n\n\nfloat f;\nvoid main() {}";
+    EXPECT_STREQ(shader.loadFromFile().dataPtr(), text);
+    tree.write("main.frag", "new");
+    EXPECT_STREQ(shader.loadFromFile().dataPtr(), text);
+    EXPECT_EQ(load("main.frag"), "\nnew");
+    shader.clearParameters();
+    shader.pushParameter("#include \"main.frag\"");
+    EXPECT_EQ(shader.loadFromFile().dataPtr(), "#define #include \"main.frag\"\n"s + (text + 22));
+}
+
+TEST_F(ShaderSourceTest, everyRuleOfTheFormat) {
+    const struct {
+        const char* why;
+        std::string text, expected;
+        const char* file = "top";
+    } cases[] = {
+        {"a line feed alone", "\n", "\n"},
+        {"line ends", "a\r\nb\n", "\na\r\nb"},
+        {"a NUL ends the text", "a\0b"s, "\na"},
+        {"a NUL from an included file too", "#include \"nul\"b", "\n\nc"},
+        {"a folder as a file", "a#include \"\"b", "\nab"},
+        {"a longer word", "a#includes\t\"in\"b", "\na\nIb"},
+        {"with a blank it is none", "# include \"in\"", "\n# include \"in\""},
+        {"in a comment", "// #include \"in\"\nc", "\n// \nI\nc"},
+        {"angle brackets take the next quotes", "a#include <in>\n\"in\"z", "\na\nIz"},
+        {"an unclosed quote reads to the end", "a#include \"in", "\na\nI"},
+        {"no quote", "a#include b\nc", "\na"},
+        {"a name is not normalised", "#include \"/x/../in\"", "\n\nI"},
+        {"nested is beside the top file", "#include \"s/n\"", "\n\n\nY", "x/top"},
+        {"a backslash before a slash", "#include \"in\"", "\n\nB", "d\\e/top"},
+        {"comes together over nothing", "#incl#include \"no\"ude \"in\"", "\n\nI"},
+        {"comes together over a file's end", "#include \"part\" \"in\"", "\n\n\nI"},
+    };
+    for (const char* const folder : {"x/s", "d\\e"})
+        std::filesystem::create_directories(tree.path(folder));
+    const std::string files[][2] = {{"in", "I\n"},  {"nul", "c\0d"s}, {"part", "#include"},
+                                    {"x/y", "Y"},   {"x/s/y", "no"},  {"x/s/n", "#include \"y\""},
+                                    {"d\\in", "B"}, {"d\\e/in", "no"}};
+    for (const auto& [name, text] : files)
+        tree.write(name, text);
+    for (const auto& each : cases) {
+        tree.write(each.file, each.text);
+        EXPECT_EQ(load(each.file), each.expected) << each.why;
+    }
+}
+
+constexpr int kEnough = 32;
+
+// The rule as it is told: each time the first directive of the whole text, from its start.
+static std::string readPlainly(const std::string& path) {
+    std::ifstream file(path.c_str());
+    std::string text, line;
+    while (std::getline(file, line))
+        text += '\n' + line;
+    return text;
+}
+static std::string expandPlainly(const std::string& path, int& directives) {
+    std::string text = readPlainly(path);
+    for (directives = 0; directives < kEnough; ++directives) {
+        const std::size_t at = text.find("#include");
+        if (at == std::string::npos) break;
+        const std::size_t open = std::min(text.find('"', at), text.size() - 1);
+        const std::size_t close = std::min(text.find('"', open + 1), text.size());
+        const std::string name = text.substr(open + 1, close - open - 1);
+        text.replace(at, close + 1 - at, readPlainly(path.substr(0, path.rfind('/') + 1) + name));
+    }
+    return text.substr(0, text.find('\0'));
+}
+
+TEST_F(ShaderSourceTest, shortcutsOfTheSearchNeverShow) {
+    // clang-format off
+    const std::string pieces[] = {
+        "#include", "#incl", "ude", "#includ", "e\"a\"", "#", "include", "\"", "\"a\"", "\"e\"", "#include\"e\"",
+        "#include \"a\"", "#include\"b\"", "a", "b", "\n", "\r\n", "x", "\0"s};
+    // clang-format on
+    std::mt19937 random(20170910);
+    int finished = 0, directives = 0, most = 0;
+    for (int run = 0; run < 6000; ++run) {
+        for (const char* const name : {"top", "a", "b", "e"}) {
+            std::string text;
+            for (auto count = *name == 'e' ? random() % 16 / 15 : random() % 12; count > 0; --count)
+                text += pieces[random() % (run % 8 == 0 ? 19 : 18)];  // a NUL hides much
+            tree.write(name, text);
+        }
+        const std::string expected = expandPlainly(tree.path("top"), directives);
+        if (directives == kEnough) continue;  // most likely without end
+        ++finished;
+        most = std::max(most, directives);
+        ASSERT_EQ(load("top"), expected) << readPlainly(tree.path("top"));
+    }
+    EXPECT_TRUE(finished > 2000 && most > 10) << finished << ' ' << most;
+}
+
+TEST_F(ShaderSourceTest, pastTheBoundsADirectiveGivesNothingAndTheTextIsFinished) {
+    constexpr std::size_t kMiB = std::size_t{1} << 20;
+    tree.write("self", "x#include \"self\"y");
+    EXPECT_EQ(load("self"), times(65, "\nx") + times(65, "y"));
+    tree.write("twice", "x#include \"twice\"#include \"twice\"" + times(1000, "y"));
+    const std::string twice = load("twice");
+    EXPECT_EQ(twice.find("#include"), std::string::npos);
+    EXPECT_EQ(twice.back(), 'y');
+    EXPECT_TRUE(twice.size() > 15 * kMiB && twice.size() <= 16 * kMiB) << twice.size();
+    tree.write("huge", std::string(16 * kMiB + 1, 'x'));
+    tree.write("top", "a#include \"small\"b#include \"huge\"c#include \"small\"");
+    tree.write("small", "s");
+    EXPECT_EQ(load("huge"), "");
+    EXPECT_EQ(load("top"), "\na\nsbc") << "what does not fit uses up the rest";
+}
+
+TEST_F(ShaderSourceTest, longTextsWithManyDirectivesEnd) {
+    tree.write("leaf", "x");
+    tree.write("flat", times(60000, "#include \"leaf\""));
+    EXPECT_EQ(load("flat"), "\n" + times(60000, "\nx"));
+    tree.write("deep", times(60000, "#incl") + times(60000, "ude\"none\"") + "z");
+    EXPECT_EQ(load("deep"), "\nz");
+}
