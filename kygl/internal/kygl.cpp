@@ -54,7 +54,7 @@ KyGLContext_s* kyglCurrentRecord() {
     _curContext.set(record);
     // What other objects of an ending thread ask for has no owner any more.
     if (tThreadEnds)
-        made.release();
+        static_cast<void>(made.release());
     else
         tThreadOnly.record = std::move(made);
     return record;

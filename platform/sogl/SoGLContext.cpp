@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-extern "C" GLXContextID glXGetContextIDEXT(const GLXContext context);
+extern "C" GLXContextID glXGetContextIDEXT(GLXContext context);
 
 // The contexts seen so far, by address.
 //
