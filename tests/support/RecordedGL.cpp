@@ -72,7 +72,13 @@ void answer(Gives<void>, GLuint, GLsizei count, Texts texts, const GLint*) {
         sGL->sources.back() += texts[i];
 }
 void answer(Gives<void>, GLenum name, GLint* out) {
-    *out = name == GL_NUM_EXTENSIONS ? static_cast<GLint>(sGL->extensions.size()) : 0;
+    *out = name == GL_NUM_EXTENSIONS               ? static_cast<GLint>(sGL->extensions.size())
+           : name == GL_PROGRAM_ERROR_POSITION_ARB ? sGL->programErrorPosition
+                                                   : 0;
+}
+void answer(Gives<void>, GLsizei count, GLuint* names) {
+    while (count-- > 0)
+        *names++ = ++sGL->lastName;
 }
 void answer(Gives<void>, GLuint, GLenum what, GLint* out) {
     const std::size_t room = sGL->infoLog.empty() ? 0 : sGL->infoLog.size() + 1;

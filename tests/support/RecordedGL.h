@@ -47,7 +47,8 @@ struct RecordedGL {
     std::set<std::string, std::less<>> missing;           ///< uniforms and attributes at -1
     std::map<std::string, GLint, std::less<>> locations;  ///< the others, as first asked
     std::set<GLuint> notPrograms;                         ///< where `glIsProgram` is false
-    GLuint lastName = 0;                                  ///< of shaders and programs, from 1
+    GLint programErrorPosition = -1;                      ///< of assembly programs
+    GLuint lastName = 0;  ///< of whatever is made: they count from 1
 
     // For the recorders.
     void note(const std::string& name, const std::string& call);

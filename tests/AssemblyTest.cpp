@@ -1,0 +1,82 @@
+#include "support/RecordedGL.h"
+#include "support/Reports.h"
+
+#include <kygl/kyglShaderARB.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+using Calls = std::vector<std::string>;
+
+struct AssemblyTest : testing::Test {
+    static Calls loaded(const char* target, int name, int length, const char* text) {
+        const std::string at = std::string("(") + target + ", ";
+        return {"glGenProgramsARB(1, *)", "glBindProgramARB" + at + std::to_string(name) + ")",
+                "glProgramStringARB" + at + "34933, " + std::to_string(length) + ", " + text + ")",
+                "glGetIntegerv(34379, *)"};
+    }
+    RecordedGL gl;
+    Reports reports;
+    unsigned int vertex = 77, fragment = 77;
+};
+
+TEST_F(AssemblyTest, aFaultIsToldWithItsLineAndNothingElse) {
+    gl.strings[GL_PROGRAM_ERROR_STRING_ARB] = "100% wrong";
+    const struct {
+        const char* text;
+        int position;
+        GLenum error;
+        int line;
+    } faults[] = {
+        {"a\nb\nc", 4, GL_INVALID_OPERATION, 3},
+        {"a\r\nb\r\nc", 6, 0, 3},
+        {"a\nb", 0, 0, 1},
+        {"a\nb", 2, 0, 2},
+        {"a\nb", 1, 0, 1},
+        {"a\nb\n", 99, 0, 3},
+        {"a\nb", -1, GL_INVALID_VALUE, 1},
+        {"", 1 << 30, 0, 1},
+        {"a\nb", -7, 0, 1},
+    };
+    for (const auto& fault : faults) {
+        gl.programErrorPosition = fault.position;
+        if (fault.error != 0) gl.failNext("glProgramStringARB", fault.error);
+        EXPECT_EQ(kyglShaderARBCreateObject(fault.text, fragment, 0), KyOK);
+        EXPECT_EQ(fragment, gl.lastName) << "the caller gets the name all the same";
+        ASSERT_EQ(reports.results.size(), 1U) << fault.position;
+        EXPECT_EQ(reports.results[0].kind, KyResult::Report::Notify);
+        EXPECT_EQ(reports.results[0].result,
+                  KyResult(1, fault.line, "internal/kyglShaderARB", "100% wrong", ""));
+        reports.results.clear();
+    }
+    gl.strings.clear();
+    kyglShaderARBCreateObject("a", fragment, 0);
+    EXPECT_STREQ(reports.results.at(0).result.message(), "") << "a driver without words";
+}
+
+TEST_F(AssemblyTest, stagesInOrderAndAGLErrorEndsThere) {
+    gl.errors = {GL_INVALID_ENUM};
+    EXPECT_EQ(kyglShaderARBPrepareProgram("v!", "f", nullptr, nullptr), KyOK);
+    EXPECT_EQ(gl.takeCalls(), Calls());
+    ASSERT_EQ(reports.results.size(), 1U) << "an old error";
+    EXPECT_EQ(kyglShaderARBPrepareProgram("v!", "f", &vertex, &fragment), KyOK);
+    Calls both = loaded("34336", 1, 2, "*");
+    const Calls second = loaded("34820", 2, 1, "*");
+    both.insert(both.end(), second.begin(), second.end());
+    EXPECT_EQ(gl.takeCalls(), both);
+    EXPECT_EQ(vertex + fragment, 3U);
+    for (const char* const step : {"glGenProgramsARB(1, &id)", "glBindProgramARB(target, id)"}) {
+        fragment = 77;
+        gl.failNext(std::string(step, std::strchr(step, '(')), GL_INVALID_OPERATION);
+        const KyResult result = kyglShaderARBPrepareProgram("v", "f", &vertex, &fragment);
+        const std::string detail = std::string("command=[") + step + "]";
+        EXPECT_EQ(result, KyResult(GL_INVALID_OPERATION, result.line(), "internal/kyglShaderARB",
+                                   "", detail.c_str()));
+        EXPECT_EQ(vertex, 0U);
+        EXPECT_EQ(fragment, 77U) << "a failed stage skips the next";
+        EXPECT_EQ(reports.results.back().kind, KyResult::Report::Check);
+        EXPECT_EQ(reports.results.back().result, result);
+    }
+    EXPECT_EQ(reports.results.size(), 3U);
+}
