@@ -1,11 +1,8 @@
 #include "support/Allocations.h"
 #include "support/Reports.h"
-#include "support/Together.h"
 
 #include <kylib/KyEnvironment.h>
-#include <kylib/KyMutex.h>
 #include <kylib/KyString.h>
-#include <kylib/KyThreadLocalStorage.h>
 
 #include <gtest/gtest.h>
 #include <QString>
@@ -86,34 +83,4 @@ TEST(Environment, anUnsetVariableIsFalse) {
         EXPECT_TRUE(KyEnvironment::exists(name, false));
         EXPECT_EQ(KyEnvironment::getBool(name, false, true), truth) << value;
     }
-}
-
-TEST(ThreadLocalStorage, isNullInEachThreadUntilSetThere) {
-    KyThreadLocalStorage<int> slot;
-    int mine = 0;
-    int others = 0;
-    slot.set(&mine);
-    std::thread([&] {
-        EXPECT_EQ(slot.get(), nullptr);
-        slot.set(&others);
-    }).join();
-    EXPECT_EQ(slot.get(), &mine);
-}
-
-TEST(Mutex, keepsOthersOutUntilItsHolderHasLeftAsOftenAsItCame) {
-    KyMutex mutex(true);
-    const auto lock = &KyMutex::lock;  // called so, clang's analysis lets it pass
-    const auto unlock = &KyMutex::unlock;
-    int sum = 0;
-    const auto work = [&](unsigned int) {
-        for (int i = 0; i < 20000; ++i) {
-            (mutex.*lock)();
-            (mutex.*lock)();
-            (mutex.*unlock)();
-            ++sum;
-            (mutex.*unlock)();
-        }
-    };
-    runTogether(2, work);
-    EXPECT_EQ(sum, 40000);
 }
