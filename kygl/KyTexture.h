@@ -55,6 +55,7 @@ public:
     int bindTexture(unsigned int context);
 
     /// Queues the GL textures of all contexts for deletion. No GL call, no context needed.
+    /// Without memory for the queue a GL texture stays until its context goes.
     void deleteTextures();
 
     /// `deletePixels`, then `deleteTextures`. The object can be filled again.
