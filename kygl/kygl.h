@@ -37,8 +37,9 @@ extern "C" {
 /// the id names; later calls only switch the thread and need no GL context.
 KYGL_API void kyglSetContext(unsigned int id);
 
-/// The id of the calling thread's current context, or 0xFFFFFFFF. Linear in the number of ids. A
-/// thread without a record gets one of its own, captured from the GL context that is current or
+/// The id of the calling thread's current context, or 0xFFFFFFFF. Asked again, it answers without
+/// the lock until a context comes, goes or becomes current; otherwise linear in the number of ids.
+/// A thread without a record gets one of its own, captured from the GL context that is current or
 /// empty without one; it is in no table and released when the thread ends.
 KYGL_API unsigned int kyglGetContext();
 

@@ -9,6 +9,7 @@
 #include <sogl/SoGLEW.h>
 #include <sogl/SoGLXEW.h>
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 
@@ -46,6 +47,29 @@ struct ThreadOnlyRecord {
     }
 };
 thread_local ThreadOnlyRecord tThreadOnly;
+
+// The last walk of `kyglGetContext` on this thread. Its answer holds until an entry gets or loses
+// its record; a record that dies takes its address out of use by that, too.
+std::atomic<unsigned long> _contextTabChanges{0};
+struct LastWalk {
+    const KyGLContext_s* record;  // null before the first
+    unsigned long changes;
+    unsigned int id;
+};
+thread_local LastWalk tLastWalk{};
+
+void tableChanged() KY_REQUIRES(_contextTabMutex) {
+    _contextTabChanges.fetch_add(1, std::memory_order_release);
+}
+
+unsigned int idOf(const KyGLContext_s* current) KY_REQUIRES(_contextTabMutex) {
+    unsigned int id = 0;
+    KyGLContext_s* record = nullptr;
+    _contextTab.resetNext();
+    while (_contextTab.next(id, record))
+        if (record == current) return id;
+    return KYGL_NO_CONTEXT;
+}
 
 KyGLContext_s* kyglCurrentRecord() {
     if (KyGLContext_s* const current = _curContext.get()) return current;
@@ -95,19 +119,20 @@ void kyglSetContext(unsigned int id) {
         std::unique_ptr<KyGLContext_s> made = createRecord();
         _contextTab[id] = made.get();
         record = made.release();
+        tableChanged();
     }
     _curContext.set(record);
 }
 
 unsigned int kyglGetContext() {
     const KyGLContext_s* const current = kyglCurrentRecord();
+    LastWalk& last = tLastWalk;
+    if (last.record == current &&
+        last.changes == _contextTabChanges.load(std::memory_order_acquire))
+        return last.id;
     const KyScopedLock hold(_contextTabMutex);
-    unsigned int id = 0;
-    KyGLContext_s* record = nullptr;
-    _contextTab.resetNext();
-    while (_contextTab.next(id, record))
-        if (record == current) return id;
-    return KYGL_NO_CONTEXT;
+    last = {current, _contextTabChanges.load(std::memory_order_relaxed), idOf(current)};
+    return last.id;
 }
 
 void kyglInitContext() {
@@ -124,6 +149,7 @@ void kyglClearContext(unsigned int id) {
     if (record == kyglCurrentRecord()) return;
     delete record;
     _contextTab.remove(id);
+    tableChanged();
 }
 
 void kyglClearAllContexts() {
@@ -135,6 +161,7 @@ void kyglClearAllContexts() {
         delete record;
     _contextTab.removeAll();
     _contextTab.resetNext();
+    tableChanged();
     _curContext.set(nullptr);
 }
 
