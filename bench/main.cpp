@@ -110,6 +110,8 @@ int main(int argc, char** argv) {
     addDeferred();
     addLoader();
     addContainers();
+    addText();
+    addTexture();
     if (argc == 4 && std::strcmp(argv[1], "--count") == 0)
         return count(argv[2], std::atol(argv[3]));
     benchmark::Initialize(&argc, argv);

@@ -58,6 +58,9 @@ GLuint newName() {
 GLuint newShader(GLenum) {
     return newName();
 }
+GLuint newLists(GLsizei) {
+    return newName();
+}
 GLboolean yes(GLuint) {
     return GL_TRUE;
 }
@@ -78,6 +81,7 @@ EntryPoints noOps() {
 #undef SET
     entries.CreateProgram = entries.CreateProgramObjectARB = newName;
     entries.CreateShader = entries.CreateShaderObjectARB = newShader;
+    entries.GenLists = newLists;
     entries.GetObjectParameterivARB = entries.GetProgramiv = entries.GetShaderiv = one;
     entries.GetString = describe;
     entries.IsProgram = yes;

@@ -80,4 +80,6 @@ void addMacroSwitch();
 void addDeferred();
 void addLoader();
 void addContainers();
+void addText();
+void addTexture();
 ///@}

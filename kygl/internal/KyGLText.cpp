@@ -204,9 +204,38 @@ private:
     const char* mNext;
 };
 
+/// The lines of one call. A few need no allocation; more get room for as many as the last call that
+/// had more, so that text that is drawn again costs one allocation, however long it is.
+class LineList {
+public:
+    long size() const { return mSize; }
+    const Line& operator[](long i) const { return i < kFew ? mFew[i] : mMore[i - kFew]; }
+
+    void append(const Line& line) KY_REQUIRES(sFontStorageMutex) {
+        if (mSize < kFew) {
+            mFew[mSize++] = line;
+            return;
+        }
+        if (mSize == kFew) mMore.reserve(sLastMore);
+        mMore.append(line);
+        sLastMore = mMore.size;
+        ++mSize;
+    }
+
+private:
+    static constexpr long kFew = 8;
+    static long sLastMore KY_GUARDED_BY(sFontStorageMutex);
+
+    Line mFew[kFew];
+    KyDArray<Line> mMore;
+    long mSize = 0;
+};
+long LineList::sLastMore = 1;
+
 /// What lies between a line of this height and the next.
 int gapBelow(int height) {
-    return static_cast<int>(height * 0.2 + 0.5);
+    const double gap = height * 0.2 + 0.5;
+    return static_cast<int>(gap);
 }
 
 int measure(const TwMyFont& font, const char* text, int& width, int& height) {
@@ -232,7 +261,7 @@ void move(float x, float y) {
 /// allocated before it draws. Numbers are whole pixels until the GL takes them as floats.
 class Drawing {
 public:
-    Drawing(const TwFontStorage& settings, const char* text)
+    Drawing(const TwFontStorage& settings, const char* text) KY_REQUIRES(sFontStorageMutex)
         : mSettings(settings), mFont(*settings.mActiveFont) {
         breakText(text);
         if (hasBackground()) makeMask();
@@ -255,18 +284,14 @@ private:
     bool hasBackground() const { return mSettings.mBackground[3] > 0; }
     static int boxWidth(const Line& line) { return line.width + 2 * kMargin; }
 
-    // Counted first, so that the list is allocated once whatever the text.
-    void breakText(const char* text) {
-        long count = 0;
+    void breakText(const char* text) KY_REQUIRES(sFontStorageMutex) {
+        const int height = mFont.height();
         Line line{};
-        for (LineReader lines(text); lines.next(line);)
-            ++count;
-        mLines.reserve(count);
         for (LineReader lines(text); lines.next(line);) {
             line.width = XTextWidth(mFont.mFont, line.start, line.length);
-            line.height = mFont.height();
-            if (mLines.size > 0) mHeight += gapBelow(mLines[mLines.size - 1].height);
-            mHeight += line.height;
+            line.height = height;
+            if (mLines.size() > 0) mHeight += gapBelow(height);
+            mHeight += height;
             mLines.append(line);
         }
     }
@@ -274,7 +299,7 @@ private:
     // One for all lines: the bits of the largest box, in whole bytes.
     void makeMask() {
         long bytes = 0;
-        for (long i = 0; i < mLines.size; ++i) {
+        for (long i = 0; i < mLines.size(); ++i) {
             const long width = boxWidth(mLines[i]);
             const long height = mLines[i].height;
             bytes = std::max(bytes, ((width | 7) + 1) * ((height | 7) + 1) / 8);
@@ -329,7 +354,7 @@ private:
         glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
         glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
         glPixelStorei(GL_UNPACK_SKIP_ROWS, 0);
-        for (long i = 0; i < mLines.size; ++i) {
+        for (long i = 0; i < mLines.size(); ++i) {
             const Line& line = mLines[i];
             const float shift = lineShift(line);
             move(shift - kMargin, static_cast<float>(-line.height));
@@ -345,7 +370,7 @@ private:
         glRasterPos3f(x, y, z);
         move(static_cast<float>(mSettings.mOffsetX),
              static_cast<float>(mSettings.mOffsetY) + startShift());
-        for (long i = 0; i < mLines.size; ++i) {
+        for (long i = 0; i < mLines.size(); ++i) {
             const Line& line = mLines[i];
             const float shift = lineShift(line);
             move(shift, static_cast<float>(-line.height));
@@ -363,7 +388,7 @@ private:
 
     const TwFontStorage& mSettings;
     const TwMyFont& mFont;
-    KyDArray<Line> mLines;
+    LineList mLines;
     KyDArray<unsigned char> mMask;
     int mHeight = 0;
     int mPushCount = 0;
