@@ -17,7 +17,8 @@
 ///     KyDeferredDeleteMap::deferredDelete(7);            // with context 7 current
 ///
 /// The library queues here and never drains. Names of a context that is never drained stay for
-/// the life of the process.
+/// the life of the process. Where the GL context is gone and its objects with it, `discard` forgets
+/// its names: another context under the same id would delete objects of its own by them.
 ///
 /// Any thread may call. One lock guards the queue and is held through a drain, GL calls included:
 /// a push from another thread waits, and nothing that a drain calls may push. No other lock is
@@ -50,6 +51,25 @@ public:
     /// object forgotten all the same.
     static void deferredDelete(unsigned int context);
 
+    /// Number of names that wait, by kind.
+    struct Pending {
+        long shaders = 0;
+        long programs = 0;
+        long textures = 0;
+        long buffers = 0;
+        long total() const { return shaders + programs + textures + buffers; }
+    };
+    /// What waits for one context, and for all. Makes no GL call; linear in the queue for one.
+    ///@{
+    static Pending pending(unsigned int context);
+    static Pending pending();
+    ///@}
+
+    /// Forgets every queued name of `context` and makes no GL call. For a context that was
+    /// destroyed, before its id is given to another one.
+    /// @return number of names forgotten
+    static long discard(unsigned int context);
+
     /// The same operations on the instance.
     ///@{
     void pushShader(unsigned int handle, unsigned int context);
@@ -57,6 +77,9 @@ public:
     void pushTexture(unsigned int handle, unsigned int context);
     void pushBuffer(unsigned int handle, unsigned int context);
     void callDeferredDelete(unsigned int context);
+    Pending countPending(unsigned int context);
+    Pending countPending();
+    long callDiscard(unsigned int context);
     ///@}
 
     /// One queued GL object.

@@ -5,6 +5,10 @@
 #include <kygl/KyShaderMacro.h>
 #include <kylib/KyString.h>
 
+#include <chrono>
+
+class KyResult;
+
 /// One shader stage, made from one file and one macro set, valid in whatever GL context the caller
 /// names.
 ///
@@ -87,6 +91,33 @@ public:
         return mIsUpToDate && mHasObject && mGLContext == context;
     }
 
+    /// A shader as it went into a build. The texts are valid until the observer returns.
+    struct Stage {
+        const char* file = nullptr;    ///< null for the stage that a build leaves out
+        const char* folder = nullptr;  ///< folder below "/share/shaders/"
+        const char* macros = nullptr;  ///< the "#define" lines in front of the file's text
+    };
+
+    /// One compile or link that happened.
+    struct Build {
+        Stage vertex;            ///< of a compile only the stage that was compiled, of a link both
+        Stage fragment;          ///< likewise
+        unsigned int context;    ///< id of the context
+        const KyResult& result;  ///< the outcome; its message holds the driver's log
+        std::chrono::nanoseconds time;  ///< of a compile with reading its file
+    };
+    using BuildObserver = void (*)(const Build& build);
+
+    /// Tells `observer` from now on of each compile and each link that really happens; null, as at
+    /// start, tells nobody, and then each build costs one load more.
+    ///
+    /// It is called on the thread that builds, when the object that was built has its new state,
+    /// and with no lock held; several threads may call it at once. It may use the GL as it finds
+    /// it, but not the shaders and the technique at hand. What it throws reaches whoever asked for
+    /// the build. Any thread may set it; a build that is under way may still tell the old one.
+    /// @return the previous observer
+    static BuildObserver setBuildObserver(BuildObserver observer);
+
     /// Whether this is a caching shader.
     bool isCaching() const { return mShaderCashing != nullptr; }
 
@@ -138,6 +169,8 @@ protected:
     unsigned int mGLContext = 0;                ///< of the last compile that had to look
 
 private:
+    friend class KyShaderBuildReport;
+
     KYGL_LOCAL void macrosChanged();
     KYGL_LOCAL void keyChanged();
 

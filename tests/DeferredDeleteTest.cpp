@@ -69,6 +69,22 @@ TEST_F(DeferredDeleteTest, kindsGoInOrderAndTheLastQueuedFirst) {
     EXPECT_EQ(drain(2), (Calls{"glDeleteObjectARB(8)", "glDeleteObjectARB(6)"}));
 }
 
+TEST_F(DeferredDeleteTest, aContextThatIsGoneLeavesItsNamesToNobody) {
+    for (unsigned int i = 0; i < 40; ++i)
+        for (std::size_t kind = 0; kind <= i % 4; ++kind)
+            kPush[kind](i, i % 2);
+    const Queue::Pending waiting = Queue::pending(1);
+    EXPECT_EQ((Calls{std::to_string(waiting.shaders), std::to_string(waiting.programs),
+                     std::to_string(waiting.textures), std::to_string(waiting.buffers)}),
+              (Calls{"20", "20", "10", "10"}));
+    EXPECT_EQ(Queue::pending().total(), 100);
+    EXPECT_EQ(Queue::discard(1), 60);
+    EXPECT_EQ(Queue::discard(1), 0);
+    EXPECT_EQ(drain(1), Calls());
+    EXPECT_EQ(Queue::pending().total(), 40);
+    EXPECT_EQ(drain(0).size(), 40U);
+}
+
 TEST_F(DeferredDeleteTest, mixedContextsComeOutAsFromPlainLists) {
     std::mt19937 random(3);
     std::vector<std::pair<unsigned int, unsigned int>> model[4];

@@ -212,6 +212,38 @@ TEST_F(ShaderObjectsTest, aFailedLinkIsTriedAndPrintedEachTimeAndKeepsTheLastPro
     EXPECT_EQ(drain(1), Calls{});
 }
 
+static Calls sBuilds;
+static void noteBuild(const KyShader::Build& build) {
+    std::string note = std::to_string(build.context);
+    for (const KyShader::Stage& stage : {build.vertex, build.fragment})
+        if (stage.file != nullptr)
+            note += " "s + stage.file + (*stage.folder != '\0' ? " [" : "?") + stage.macros + ']';
+    sBuilds.push_back(note + ' ' + build.result.message() + (build.time.count() > 0 ? "" : "?"));
+}
+
+TEST_F(ShaderObjectsTest, theObserverIsToldOfWhatIsReallyBuilt) {
+    const auto builds = [](KyShaderTechnique& technique) {
+        technique.compile(2);
+        return std::exchange(sBuilds, {});
+    };
+    KyVertexShader vertex("v", tree.folder, true);
+    KyFragmentShader fragment("f", tree.folder, true);
+    KyShaderTechnique technique(&vertex, &fragment);
+    EXPECT_EQ(KyShader::setBuildObserver(noteBuild), nullptr);
+    vertex.pushParameter("A 1");
+    gl.infoLog = "log";
+    gl.linkStatus.next = {0};
+    gl.compileStatus.next = {1, 0, 0};  // getting the entry tries a failed shader again
+    EXPECT_EQ(builds(technique), (Calls{"2 v [#define A 1\n] ", "2 f [] Shader Error: log",
+                                        "2 f [] Shader Error: log"}));
+    EXPECT_EQ(builds(technique), (Calls{"2 f [] ", "2 v [#define A 1\n] f [] Shader Error: log"}));
+    EXPECT_EQ(builds(technique), Calls{"2 v [#define A 1\n] f [] "});
+    EXPECT_EQ(builds(technique), Calls());
+    vertex.clearParameters();
+    EXPECT_EQ(KyShader::setBuildObserver(nullptr), noteBuild);
+    EXPECT_EQ(builds(technique), Calls());
+}
+
 TEST_F(ShaderObjectsTest, aPlainTechniqueDropsItsProgramWithItsShaders) {
     KyVertexShader vertex("v", tree.folder, false), other("v", tree.folder, false);
     KyFragmentShader fragment("f", tree.folder, false);

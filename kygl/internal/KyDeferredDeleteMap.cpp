@@ -3,6 +3,7 @@
 #include "kyglCheck.h"
 #include "kyglScopedLock.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 
@@ -50,6 +51,21 @@ private:
     long mKept;   // elements from here on stay
 };
 
+using Queue = KyDArray<KyDeferredDeleteMap::MapObject>;
+
+long count(const Queue& list, unsigned int context) {
+    return std::count_if(list.data, list.data + list.size,
+                         [=](const auto& object) { return object.context == context; });
+}
+
+long forget(Queue& list, unsigned int context) {
+    long forgotten = 0;
+    long i = 0;
+    for (Sweep sweep(list, context); sweep.next(i);)
+        ++forgotten;
+    return forgotten;
+}
+
 }  // namespace
 
 std::atomic<KyDeferredDeleteMap*> KyDeferredDeleteMap::mDeferredMap{nullptr};
@@ -83,6 +99,18 @@ void KyDeferredDeleteMap::deferredDelete(unsigned int context) {
     getMap()->callDeferredDelete(context);
 }
 
+KyDeferredDeleteMap::Pending KyDeferredDeleteMap::pending(unsigned int context) {
+    return getMap()->countPending(context);
+}
+
+KyDeferredDeleteMap::Pending KyDeferredDeleteMap::pending() {
+    return getMap()->countPending();
+}
+
+long KyDeferredDeleteMap::discard(unsigned int context) {
+    return getMap()->callDiscard(context);
+}
+
 void KyDeferredDeleteMap::pushShader(unsigned int handle, unsigned int context) {
     const KyScopedLock hold(mMutex);
     mShaderHandles.append({handle, context});
@@ -114,4 +142,21 @@ void KyDeferredDeleteMap::callDeferredDelete(unsigned int context) {
         KYGL_CHECKED(glDeleteTextures(1, &mTextureHandles[i].handle), 0);
     for (Sweep sweep(mBufferHandles, context); sweep.next(i);)
         KYGL_CHECKED(glDeleteBuffers(1, &mBufferHandles[i].handle), 0);
+}
+
+KyDeferredDeleteMap::Pending KyDeferredDeleteMap::countPending(unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    return {count(mShaderHandles, context), count(mProgramHandles, context),
+            count(mTextureHandles, context), count(mBufferHandles, context)};
+}
+
+KyDeferredDeleteMap::Pending KyDeferredDeleteMap::countPending() {
+    const KyScopedLock hold(mMutex);
+    return {mShaderHandles.size, mProgramHandles.size, mTextureHandles.size, mBufferHandles.size};
+}
+
+long KyDeferredDeleteMap::callDiscard(unsigned int context) {
+    const KyScopedLock hold(mMutex);
+    return forget(mShaderHandles, context) + forget(mProgramHandles, context) +
+           forget(mTextureHandles, context) + forget(mBufferHandles, context);
 }

@@ -1,6 +1,7 @@
 #include <kygl/KyShader.h>
 
 #include "kyglCheck.h"
+#include "KyShaderBuildReport.h"
 #include "KyShaderSource.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -42,13 +43,17 @@ unsigned int KyShader::compile(unsigned int context) {
         return mId;
     }
     deleteShader();
+    const KyShaderBuildReport report;
     const KyString text = loadFromFile();
-    const bool compiled = kyglShaderGLSLCreateObject(text, mId, getType()) == KyOK;
+    const KyResult result = kyglShaderGLSLCreateObject(text, mId, getType());
+    const bool compiled = result.ok();
     mIsUpToDate = compiled;
     mHasObject = compiled;
     mGLContext = context;
     keyChanged();
     KYGL_CHECK_GROUP(2);
+    const bool isVertex = getType() != 0;
+    report.tell(isVertex ? this : nullptr, isVertex ? nullptr : this, context, result);
     return mId;
 }
 

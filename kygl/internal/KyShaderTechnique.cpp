@@ -1,6 +1,7 @@
 #include <kygl/KyShaderTechnique.h>
 
 #include "kyglCheck.h"
+#include "KyShaderBuildReport.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kyglShaderGLSL.h>
@@ -58,20 +59,22 @@ bool KyShaderTechnique::link(unsigned int context) {
     const unsigned int iof = mFragmentShader->compile(context);
     if (!mVertexShader->isCurrent(context) || !mFragmentShader->isCurrent(context)) return false;
 
+    const KyShaderBuildReport report;
     KYGL_CHECKED(mProgram = glCreateProgramObjectARB(), 1);
     mGLContext = context;
     KYGL_CHECKED(glAttachObjectARB(mProgram, iov), 1);
     KYGL_CHECKED(glAttachObjectARB(mProgram, iof), 1);
     const KyResult result = kyglShaderGLSLLinkProgram(mProgram);
-    if (!result.ok()) {
+    if (result.ok()) {
+        mHasProgram = true;
+        mIsUpToDate = true;
+        mOwnsProgram = true;
+        mBuildFailed = false;
+    } else {
         std::puts(result.text());
-        return false;
     }
-    mHasProgram = true;
-    mIsUpToDate = true;
-    mOwnsProgram = true;
-    mBuildFailed = false;
-    return true;
+    report.tell(mVertexShader, mFragmentShader, context, result);
+    return result.ok();
 }
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
