@@ -90,9 +90,9 @@ std::string compose(const Values& values) {
     std::string payload;
     for (const char* key : kKeys)
         payload.append("|").append(key).append("|").append(all[key]);
-    if (payload.size() > kPayloadLength)
-        throw std::runtime_error("the values take " + std::to_string(payload.size()) +
-                                 " bytes, the record has " + std::to_string(kPayloadLength));
+    if (payload.size() >= kPayloadLength)  // a zero must follow: the text is read up to there
+        throw std::runtime_error("the values make a text of " + std::to_string(payload.size()) +
+                                 " bytes, the record takes " + std::to_string(kPayloadLength - 1));
     payload.resize(kPayloadLength);
     return payload;
 }

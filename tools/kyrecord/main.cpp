@@ -25,16 +25,15 @@ bool parseOptions(int argc, char** argv, Options& options) {
     app.set_version_flag("--version", "kyrecord " KYRECORD_VERSION);
     app.require_subcommand(1);
 
-    std::string keys;
-    for (const char* key : record::kKeys)
-        if (key != std::string("size")) keys += std::string(" ") + key;
     CLI::App* const fill = app.add_subcommand("fill", "Write a record in place of what is there");
     fill->add_option("LIBRARY", options.file, "the library, or a link to it")->required();
     fill->add_option("--set", options.settings, "values, none of which may hold a '|'")
-        ->type_name("KEY=VALUE ...");
-    fill->footer("Keys:" + keys +
-                 "\nA value that is not given is empty, save that of version_tag, one backslash.\n"
-                 "The size is always the file's own.");
+        ->type_name("KEY=VALUE");
+    fill->footer(
+        "Keys: version_tag comment compiler target_os build_cfg build_user build_ip build_time\n"
+        "      filename path vendor product version_major version_minor version_patch\n"
+        "A value that is not given is empty, save that of version_tag, one backslash. The size\n"
+        "is always the file's own.");
 
     CLI::App* const show = app.add_subcommand("show", "Print a record");
     show->add_option("FILE", options.file, "any file; it is not loaded")->required();
