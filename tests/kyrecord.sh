@@ -66,7 +66,7 @@ is a/lib.so build_time '1970-01-01 23:59:59'
 is a/lib.so compiler 'a b'
 "$cmake" "-DKYRECORD=$kyrecord" "-DLIBRARY=$work/a/lib.so" "-DSOURCE=$work" \
     -P "$source/cmake/buildRecord.cmake"
-is a/lib.so comment 0{40}
+is a/lib.so comment '0{40}'
 is a/lib.so path "$work/a/"
 
 # ---- filling

@@ -18,7 +18,7 @@ namespace record {
 
 namespace {
 
-constexpr std::size_t kWindow = 256 * 1024;
+constexpr std::size_t kWindow = std::size_t{256} * 1024;
 
 [[noreturn]] void failErrno(const std::string& what) {
     throw std::runtime_error(what + ": " + std::strerror(errno));
@@ -79,12 +79,12 @@ private:
 template <class Use>
 std::uint64_t readAll(const File& file, Use use) {
     const std::unique_ptr<char[]> buffer(new char[kWindow]);
-    std::uint64_t size = 0;
+    std::uint64_t offset = 0;
     while (true) {
-        const std::string_view window = file.read(buffer.get(), kWindow, size);
-        if (window.empty()) return size;
-        use(window, size);
-        size += window.size();
+        const std::string_view window = file.read(buffer.get(), kWindow, offset);
+        if (window.empty()) return offset;
+        use(window, offset);
+        offset += window.size();
     }
 }
 
