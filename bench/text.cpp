@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr const char* kLine = "Forty characters of text, drawn as a line";
+constexpr const char* kLine = "Forty characters of text drawn as a line";
 constexpr const char* kFont = "-*-helvetica-bold-r-normal-*-12-*-*-*-*-*-*-*";
 constexpr float kColour[4] = {1, 1, 1, 1};
 constexpr float kBox[4] = {0, 0, 0, 0.5F};

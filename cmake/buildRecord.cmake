@@ -1,5 +1,5 @@
 # Fills the build record of a library that was just linked, by KYRECORD. LIBRARY is the file, SOURCE
-# the folder of the sources; VALUES holds what was known when the build was configured.
+# the folder of the sources; VENDOR and VALUES hold what was known when the build was configured.
 #
 # Where SOURCE_DATE_EPOCH is set, CMake takes the time from it, and nothing is told of who built the
 # library where: then the same sources give the same file.
@@ -16,9 +16,10 @@ endfunction()
 
 # A checkout around these sources tells of them only if it holds them.
 string(REPEAT 0 40 revision)
-ask(tracked "" git -C "${SOURCE}" ls-files CMakeLists.txt)
+set(git ${CMAKE_COMMAND} -E env --unset=GIT_DIR --unset=GIT_WORK_TREE --unset=GIT_INDEX_FILE git)
+ask(tracked "" ${git} -C "${SOURCE}" ls-files CMakeLists.txt)
 if(NOT tracked STREQUAL "")
-  ask(answer ${revision} git -C "${SOURCE}" rev-parse --verify HEAD)
+  ask(answer ${revision} ${git} -C "${SOURCE}" rev-parse --verify HEAD)
   string(REGEX MATCH "^[0-9a-f]+$" answer "${answer}")
   string(LENGTH "${answer}" length)
   if(length EQUAL 40)
@@ -27,7 +28,7 @@ if(NOT tracked STREQUAL "")
 endif()
 
 string(TIMESTAMP time "%Y-%m-%d %H:%M:%S" UTC)
-if(DEFINED ENV{SOURCE_DATE_EPOCH})
+if(NOT "$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
   set(user reproducible)
   set(host reproducible)
   set(path /reproducible/)
@@ -40,7 +41,7 @@ endif()
 
 execute_process(
   COMMAND "${KYRECORD}" fill "${LIBRARY}" --set "comment=${revision}" "build_user=${user}"
-    "build_ip=${host}" "build_time=${time}" "path=${path}" ${VALUES}
+    "build_ip=${host}" "build_time=${time}" "path=${path}" "vendor=${VENDOR}" ${VALUES}
   RESULT_VARIABLE status)
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "the build record was not filled")

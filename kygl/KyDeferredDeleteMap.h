@@ -18,7 +18,9 @@
 ///
 /// The library queues here and never drains. Names of a context that is never drained stay for
 /// the life of the process. Where the GL context is gone and its objects with it, `discard` forgets
-/// its names: another context under the same id would delete objects of its own by them.
+/// its names: another context under the same id would delete objects of its own by them. Shaders,
+/// programs and textures that are still alive keep names of that context and queue them later, so
+/// they are destroyed before.
 ///
 /// Any thread may call. One lock guards the queue and is held through a drain, GL calls included:
 /// a push from another thread waits, and nothing that a drain calls may push. No other lock is
@@ -66,7 +68,7 @@ public:
     ///@}
 
     /// Forgets every queued name of `context` and makes no GL call. For a context that was
-    /// destroyed, before its id is given to another one.
+    /// destroyed, before its id is given to another one and behind the last object that used it.
     /// @return number of names forgotten
     static long discard(unsigned int context);
 

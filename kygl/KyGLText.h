@@ -21,18 +21,23 @@ struct _XDisplay;
 /// Text is 8-bit and ends at its NUL. A line ends at a line feed or at the two bytes `\` `n`; a
 /// break at the very end makes no further line. Sizes and lengths are to stay within an `int`.
 ///
+/// Mesa leaves GL_OUT_OF_MEMORY pending when lists of a font are made that has blank glyphs, though
+/// the lists are good. Whatever loads a font does that: `setFont`, or the first use of text in a
+/// context, be it a setter. Read the error away, or the next error check of the context reports it.
+///
 /// Any thread may call. One lock serialises all drawing and measuring; it is held across the GL and
 /// X calls, and the registry's lock is taken inside it. The plain settings that say so take no
 /// lock: keep them apart from text in other threads. Nothing reports a failure: without a font
 /// there is no output, and extents are 0. A failed allocation leaves as `std::bad_alloc`, before
-/// the first GL call.
+/// anything is drawn.
 class KYGL_API KyGLText {
 public:
     KyGLText() = delete;
 
     /// The X display for all font work, null at start; then `setFont` takes that of the current GLX
-    /// context. The library locks out its own threads only, so an application that uses this
-    /// connection elsewhere calls `XInitThreads` first. No lock.
+    /// context. Fonts belong to the connection, which stays open as long as they are used. The
+    /// library locks out its own threads only, so an application that uses this connection
+    /// elsewhere calls `XInitThreads` first. No lock.
     ///@{
     static void setDisplay(_XDisplay* display);
     static _XDisplay* display();
@@ -55,9 +60,9 @@ public:
     ///@}
 
     /// Size in pixels and family of the first font of every context, which is bold and upright: 12
-    /// and "helvetica" at start. They act on contexts that have not used text yet, and on
-    /// `fontBase`. The family is copied; null gives "". The text that `defaultFontFamily` returns
-    /// is valid until the next `setDefaultFontFamily`. No lock.
+    /// and "helvetica" at start. They act on contexts that have not used text yet, and the
+    /// family on `fontBase`. The family is copied; null gives "". The text that `defaultFontFamily`
+    /// returns is valid until the next `setDefaultFontFamily`. No lock.
     ///@{
     static void setDefaultFontSize(int size);
     static int defaultFontSize();
@@ -76,9 +81,7 @@ public:
     /// an application that measures before it draws would lose its text otherwise. Until then
     /// `render` draws its boxes and leaves the characters out.
     ///
-    /// GL calls when lists are made: `glGenLists`, and those of `glXUseXFont`. Mesa leaves
-    /// GL_OUT_OF_MEMORY pending there for fonts with blank glyphs, though the lists are good: read
-    /// the error away, or the next error check of the context reports it.
+    /// GL calls when lists are made: `glGenLists`, and those of `glXUseXFont`.
     /// @param size in pixels
     /// @param family as the server spells it, not null
     static void setFont(int size, bool bold, bool italic, const char* family);
@@ -99,7 +102,8 @@ public:
     /// Shifts what is drawn, in screen pixels to the right and up.
     static void setPixelOffset(int x, int y);
 
-    /// Draws a text. Needs a current GL context.
+    /// Draws a text. Needs a current GL context; for a background GL_UNPACK_SKIP_PIXELS 0 and no
+    /// pixel unpack buffer, as they are at start.
     ///
     /// Leaves behind: the current colour, the raster position and the list base; where there was a
     /// background the unpack alignment, row length and skipped rows; where that was translucent
@@ -134,6 +138,7 @@ public:
 
     /// Forgets the fonts of the calling thread's context and deletes their display lists, so that
     /// GL context must be current. Its other settings stay; there is no font until the next
-    /// `setFont`. The X fonts themselves stay loaded.
+    /// `setFont`. The X fonts themselves stay loaded. Call it before a GL context goes whose id
+    /// another one will get: that one would draw with the lists of the old.
     static void cleanUp();
 };

@@ -108,7 +108,8 @@ public:
     };
     using BuildObserver = void (*)(const Build& build);
 
-    /// Tells `observer` from now on of each compile and each link that really happens; null, as at
+    /// Tells `observer` from now on of each compile and each link of shaders and
+    /// techniques that really happens; null, as at
     /// start, tells nobody, and then each build costs one load more.
     ///
     /// It is called on the thread that builds, when the object that was built has its new state,

@@ -58,12 +58,13 @@ mkdir a b
 for folder in a b; do
     cp files/lib.so $folder
     SOURCE_DATE_EPOCH=86399 "$cmake" "-DKYRECORD=$kyrecord" "-DLIBRARY=$work/$folder/lib.so" \
-        "-DSOURCE=$source" "-DVALUES=compiler=a b;vendor=c" -P "$source/cmake/buildRecord.cmake" ||
+        "-DSOURCE=$source" "-DVENDOR=a; b" "-DVALUES=compiler=a b" -P "$source/cmake/buildRecord.cmake" ||
         failed "the script of the build fails"
 done
 cmp a/lib.so b/lib.so || failed "the record tells where it was built"
 is a/lib.so build_time '1970-01-01 23:59:59'
 is a/lib.so compiler 'a b'
+is a/lib.so vendor 'a; b'
 "$cmake" "-DKYRECORD=$kyrecord" "-DLIBRARY=$work/a/lib.so" "-DSOURCE=$work" \
     -P "$source/cmake/buildRecord.cmake"
 is a/lib.so comment '0{40}'

@@ -59,11 +59,11 @@ long count(const Queue& list, unsigned int context) {
 }
 
 long forget(Queue& list, unsigned int context) {
-    long forgotten = 0;
-    long i = 0;
-    for (Sweep sweep(list, context); sweep.next(i);)
-        ++forgotten;
-    return forgotten;
+    const long before = list.size;
+    list.resize(std::remove_if(list.data, list.data + list.size,
+                               [=](const auto& object) { return object.context == context; }) -
+                list.data);
+    return before - list.size;
 }
 
 }  // namespace

@@ -90,7 +90,7 @@ TwFontStorage* makeStorage(TwFontStorage*& entry) KY_REQUIRES(sFontStorageMutex)
 
 // What it returns may be used as long as the lock is held. Never null if `create`.
 TwFontStorage* twGetFontStorage(bool create) KY_REQUIRES(sFontStorageMutex) {
-    // Never destroyed: other threads may still draw while the process ends.
+    // Never destroyed, so that the storages stay in reach as long as they live.
     static auto& storage = *new KyHashTable<int, TwFontStorage*>(nullptr);
     const unsigned int id = kyglGetContext();
     const int key = id == KYGL_NO_CONTEXT ? KyGLText::cacheContext() : static_cast<int>(id);
@@ -137,11 +137,17 @@ XFontStruct* query(const KyString& name, int size, bool bold, bool italic) {
     return XLoadQueryFont(display, anyFamily);
 }
 
-void makeLists(TwMyFont& font) {
+void makeLists(TwMyFont& font, GLuint base) {
     const int first = static_cast<int>(font.mFont->min_char_or_byte2);
-    const int end = font.listCount();
-    font.mListBase = static_cast<int>(glGenLists(end));
-    glXUseXFont(font.mFont->fid, first, end - first, font.mListBase + first);
+    font.mListBase = static_cast<int>(base);
+    glXUseXFont(font.mFont->fid, first, font.listCount() - first, font.mListBase + first);
+}
+
+// For a font that was loaded without a context. Where the GL has no lists to give it is tried again
+// at the next text, so nothing may be written to list 0 and on: they are the application's.
+void makeMissingLists(TwMyFont& font) {
+    if (font.hasLists() || listsAreSwitchedOff() || glXGetCurrentContext() == nullptr) return;
+    if (const GLuint base = glGenLists(font.listCount())) makeLists(font, base);
 }
 
 void load(TwMyFont& font, XFontStruct* found, bool withLists) {
@@ -151,7 +157,7 @@ void load(TwMyFont& font, XFontStruct* found, bool withLists) {
         return;
     }
     font.mDescent = found->descent;
-    if (withLists) makeLists(font);
+    if (withLists) makeLists(font, glGenLists(font.listCount()));
 }
 
 // @param font null where there was no memory for it
@@ -238,13 +244,18 @@ int gapBelow(int height) {
     return static_cast<int>(gap);
 }
 
+// A font may lead backwards; no line is narrower than nothing.
+int widthOf(const TwMyFont& font, const Line& line) {
+    return std::max(0, XTextWidth(font.mFont, line.start, line.length));
+}
+
 int measure(const TwMyFont& font, const char* text, int& width, int& height) {
     const int lineHeight = font.height();
     int count = 0;
     Line line{};
     for (LineReader lines(text); lines.next(line); ++count) {
         if (count > 0) height += gapBelow(lineHeight);
-        width = std::max(width, XTextWidth(font.mFont, line.start, line.length));
+        width = std::max(width, widthOf(font, line));
         height += lineHeight;
     }
     return count;
@@ -288,7 +299,7 @@ private:
         const int height = mFont.height();
         Line line{};
         for (LineReader lines(text); lines.next(line);) {
-            line.width = XTextWidth(mFont.mFont, line.start, line.length);
+            line.width = widthOf(mFont, line);
             line.height = height;
             if (mLines.size() > 0) mHeight += gapBelow(height);
             mHeight += height;
@@ -526,9 +537,7 @@ void KyGLText::render(float x, float y, float z, const char* text) {
     TwFontStorage* const storage = twGetFontStorage(true);
     if (!storage->hasFont() || storage->mActiveFont->mListBase < 0) return;
     Drawing drawing(*storage, text);
-    if (!storage->mActiveFont->hasLists() && !listsAreSwitchedOff() &&
-        glXGetCurrentContext() != nullptr)
-        makeLists(*storage->mActiveFont);
+    makeMissingLists(*storage->mActiveFont);
     drawing.draw(x, y, z);
 }
 

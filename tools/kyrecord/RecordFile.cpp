@@ -62,8 +62,9 @@ public:
         while (!bytes.empty()) {
             const ssize_t count =
                 pwrite(mDescriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-            if (count < 0 && errno != EINTR) failErrno("cannot be written");
-            if (count <= 0) continue;
+            if (count == 0) errno = ENOSPC;
+            if (count == 0 || (count < 0 && errno != EINTR)) failErrno("cannot be written");
+            if (count < 0) continue;
             bytes.remove_prefix(static_cast<std::size_t>(count));
             offset += static_cast<std::uint64_t>(count);
         }
@@ -125,6 +126,7 @@ public:
             fchown(descriptor, original.st_uid, original.st_gid) != 0)
             failErrno("its owner cannot be kept");
         if (fchmod(descriptor, original.st_mode & 07777) != 0) failErrno("its mode cannot be kept");
+        if (fsync(descriptor) != 0) failErrno("cannot be written");  // a disk may tell this late
         struct stat now = {};
         if (lstat(mPath.c_str(), &now) != 0) failErrno("cannot be replaced");
         if (now.st_dev != original.st_dev || now.st_ino != original.st_ino)
