@@ -102,6 +102,20 @@ TEST_F(ContextTest, aThreadOfItsOwnHasNoIdAndIsInNoTable) {
     EXPECT_NE(gl.takeCalls(), Names()) << "the thread kept a dead record";
 }
 
+TEST_F(ContextTest, anAnswerIsForgottenWithTheRecordThatItWasAbout) {
+    for (unsigned int id = 10; id < 20; id += 2) {
+        kyglSetContext(id);
+        EXPECT_EQ(kyglGetContext(), id);
+        kyglSetContext(id + 1);
+        std::thread([=] {
+            kyglClearContext(id);
+            kyglSetContext(id + 100);  // most likely where the record of the other was
+        }).join();
+        kyglSetContext(id + 100);
+        EXPECT_EQ(kyglGetContext(), id + 100);
+    }
+}
+
 TEST_F(ContextTest, theLockIsReleasedWhenMemoryRunsOut) {
     gl.muted = true;
     for (const long nth : {1, 2}) {  // the entry, the record

@@ -197,6 +197,14 @@ public:
         return true;
     }
 
+    long count() const {
+        long lines = 0;
+        Line line{};
+        for (LineReader rest = *this; rest.next(line);)
+            ++lines;
+        return lines;
+    }
+
 private:
     // The end of the text, a line feed, or a backslash directly followed by the letter n.
     static const char* findBreak(const char* at) {
@@ -210,33 +218,30 @@ private:
     const char* mNext;
 };
 
-/// The lines of one call. A few need no allocation; more get room for as many as the last call that
-/// had more, so that text that is drawn again costs one allocation, however long it is.
+/// The lines of one call. A few need no allocation, more need one, however many they are.
 class LineList {
 public:
     long size() const { return mSize; }
     const Line& operator[](long i) const { return i < kFew ? mFew[i] : mMore[i - kFew]; }
 
-    void append(const Line& line) KY_REQUIRES(sFontStorageMutex) {
+    /// @param rest what follows the line
+    void append(const Line& line, const LineReader& rest) {
         if (mSize < kFew) {
-            mFew[mSize++] = line;
-            return;
+            mFew[mSize] = line;
+        } else {
+            if (mSize == kFew) mMore.reserve(1 + rest.count());
+            mMore.append(line);
         }
-        if (mSize == kFew) mMore.reserve(sLastMore);
-        mMore.append(line);
-        sLastMore = mMore.size;
         ++mSize;
     }
 
 private:
     static constexpr long kFew = 8;
-    static long sLastMore KY_GUARDED_BY(sFontStorageMutex);
 
     Line mFew[kFew];
     KyDArray<Line> mMore;
     long mSize = 0;
 };
-long LineList::sLastMore = 1;
 
 /// What lies between a line of this height and the next.
 int gapBelow(int height) {
@@ -272,7 +277,7 @@ void move(float x, float y) {
 /// allocated before it draws. Numbers are whole pixels until the GL takes them as floats.
 class Drawing {
 public:
-    Drawing(const TwFontStorage& settings, const char* text) KY_REQUIRES(sFontStorageMutex)
+    Drawing(const TwFontStorage& settings, const char* text)
         : mSettings(settings), mFont(*settings.mActiveFont) {
         breakText(text);
         if (hasBackground()) makeMask();
@@ -295,7 +300,7 @@ private:
     bool hasBackground() const { return mSettings.mBackground[3] > 0; }
     static int boxWidth(const Line& line) { return line.width + 2 * kMargin; }
 
-    void breakText(const char* text) KY_REQUIRES(sFontStorageMutex) {
+    void breakText(const char* text) {
         const int height = mFont.height();
         Line line{};
         for (LineReader lines(text); lines.next(line);) {
@@ -303,7 +308,7 @@ private:
             line.height = height;
             if (mLines.size() > 0) mHeight += gapBelow(height);
             mHeight += height;
-            mLines.append(line);
+            mLines.append(line, lines);
         }
     }
 

@@ -1,0 +1,525 @@
+#include "support/Allocations.h"
+#include "support/RecordedGL.h"
+#include "support/Together.h"
+
+#include <kygl/kygl.h>
+#include <kygl/KyGLText.h>
+#include <sogl/SoGLXEW.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <clocale>
+#include <cstdlib>
+#include <regex>
+#include <sstream>
+#include <string_view>
+#include <thread>
+
+#include <GL/glx.h>  // last: its macros break others
+
+namespace {
+
+using Calls = std::vector<std::string>;
+
+// The X server and the GLX of this program. What the library's lock is there for is not locked
+// here, so that ThreadSanitizer tells when that lock is not held.
+struct Server {
+    void add(const std::string& pattern, unsigned int last = 126) {
+        XFontStruct& font = fonts[pattern];
+        font.fid = fonts.size();
+        font.min_char_or_byte2 = 32;
+        font.max_char_or_byte2 = last;
+        font.ascent = 10;
+        font.descent = 3;
+    }
+    Calls takeAsked() { return std::exchange(asked, {}); }
+
+    std::map<std::string, XFontStruct> fonts;  // by the pattern that finds them
+    Calls asked;                               // patterns, in order
+    Calls listed;                              // the names of a family
+    std::vector<char*> names;                  // as handed out and not given back
+    GLXContextID current = 0;                  // 0: no context
+    Display* display = nullptr;                // that was asked last
+    int lists = 0;                             // of the font loaded last
+    long measures = 0, measured = 0;           // calls of XTextWidth, and their bytes
+};
+
+Server* sServer = nullptr;
+RecordedGL* sGL = nullptr;
+
+int widthOf(std::string_view text) {
+    int width = 0;
+    for (const char each : text)
+        width += 5 + static_cast<unsigned char>(each) % 3;
+    return width;
+}
+
+template <typename... Arguments>
+std::string call(const char* name, Arguments... arguments) {
+    std::ostringstream text;
+    const char* between = "";
+    text << name << '(';
+    ((text << std::exchange(between, ", ") << arguments), ...);
+    return text.str() + ')';
+}
+
+template <typename... Arguments>
+void note(const char* name, Arguments... arguments) {
+    if (!sGL->muted) sGL->note(name, call(name, arguments...));
+}
+
+const char* bitsOf(const GLubyte* mask, GLsizei width, GLsizei height) {
+    if (mask == nullptr) return "null";
+    const auto* const end = mask + ((width | 7) + 1L) / 8 * ((height | 7) + 1L);
+    return std::all_of(mask, end, [](GLubyte byte) { return byte == 0xFF; }) ? "box" : "holes";
+}
+
+// In place of those recorders that do not tell what a pointer points to.
+void putRecorders() {
+    __glewGenLists = [](GLsizei range) {
+        note("glGenLists", range);
+        return static_cast<GLuint>(sServer->lists += 1000);
+    };
+    __glewColor4fv = [](const GLfloat* c) { note("glColor4fv", c[0], c[1], c[2], c[3]); };
+    __glewBitmap = [](GLsizei width, GLsizei height, GLfloat left, GLfloat below, GLfloat x,
+                      GLfloat y, const GLubyte* mask) {
+        const char* const bits = bitsOf(mask, width, height);
+        note("glBitmap", width, height, left, below, x + 0, y + 0, bits);  // -0 as 0
+    };
+    __glewCallLists = [](GLsizei count, GLenum type, const void* lists) {
+        note("glCallLists", count, type,
+             std::string_view(static_cast<const char*>(lists), static_cast<std::size_t>(count)));
+    };
+}
+
+}  // namespace
+
+extern "C" {
+XFontStruct* XLoadQueryFont(Display* display, const char* name) {
+    sServer->display = display;
+    sServer->asked.emplace_back(name);
+    const auto found = sServer->fonts.find(name);
+    return found != sServer->fonts.end() ? &found->second : nullptr;
+}
+int XTextWidth(XFontStruct*, const char* text, int length) {
+    ++sServer->measures;
+    sServer->measured += length;
+    return widthOf({text, static_cast<std::size_t>(length)});
+}
+char** XListFonts(Display*, const char* pattern, int most, int* count) {
+    sServer->asked.push_back(call(pattern, most));
+    for (std::string& name : sServer->listed)
+        if (most-- > 0) sServer->names.push_back(name.data());
+    *count = static_cast<int>(sServer->names.size());
+    return *count > 0 ? sServer->names.data() : nullptr;
+}
+int XFreeFontNames(char** names) {
+    EXPECT_EQ(names, sServer->names.data());
+    sServer->names.clear();
+    return 0;
+}
+void glXUseXFont(Font font, int first, int count, int list) {
+    note("glXUseXFont", font, first, count, list);
+}
+GLXContext glXGetCurrentContext() {
+    return sServer->current != 0 ? reinterpret_cast<GLXContext>(sServer) : nullptr;
+}
+GLXContextID glXGetContextIDEXT(GLXContext) {
+    return sServer->current;
+}
+}
+
+namespace {
+
+struct Settings {
+    int alignX = -1, alignY = -1, x = 0, y = 0;
+    float back = 0, fore = 1;  // alphas
+
+    void set() const {
+        KyGLText::setAlignment(alignX, alignY);
+        KyGLText::setPixelOffset(x, y);
+        KyGLText::setBackground(0.25f, 0.5f, 0.75f, back);
+        KyGLText::setForeground(1, 1, 1, fore);
+    }
+};
+
+// The GL calls of a render at 1.5, -2, 0.25 in a font of 13 pixels, 3 of them below the baseline.
+// Without lists there are no characters, and the pen has no way to go back.
+Calls model(int lists, const Settings& with, const std::string& text) {
+    static const std::regex breaks("\n|\\\\n");
+    const Calls lines(std::sregex_token_iterator(text.begin(), text.end(), breaks, -1), {});
+    const double height = 16.0 * static_cast<double>(lines.size()) - 3;
+    const double up = with.alignY == -1  ? height
+                      : with.alignY < -1 ? height + 4
+                      : with.alignY == 0 ? height / 2 + 4
+                                         : 4;
+    const auto right = [&](const std::string& line) {
+        return with.alignX < 0 ? 0 : widthOf(line) / (with.alignX == 0 ? -2.0 : -1.0);
+    };
+    const auto move = [](double x, double y) {
+        return call("glBitmap", 0, 0, 0, 0, x + 0, y + 0, "null");
+    };
+    const bool blendBoxes = with.back > 0 && with.back < 1;
+    const bool blendText = !blendBoxes && with.fore > 0 && with.fore < 1;
+
+    Calls calls = {call("glListBase", lists)};
+    const auto add = [&](bool wanted, const Calls& more) {
+        if (wanted) calls.insert(calls.end(), more.begin(), more.end());
+    };
+    const Calls blend = {call("glPushAttrib", GL_ENABLE_BIT), call("glEnable", GL_BLEND)};
+    add(blendBoxes, blend);
+    add(blendBoxes, {call("glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA),
+                     call("glBlendEquation", GL_FUNC_ADD)});
+    add(with.back > 0,
+        {call("glColor4fv", 0.25, 0.5, 0.75, with.back), "glRasterPos3f(1.5, -2, 0.25)",
+         move(with.x, with.y + up - 3), call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
+         call("glPixelStorei", GL_UNPACK_ROW_LENGTH, 0),
+         call("glPixelStorei", GL_UNPACK_SKIP_ROWS, 0)});
+    for (const std::string& line : lines)
+        add(with.back > 0, {move(right(line) - 2, -13), call("glBitmap", widthOf(line) + 4, 13, 0,
+                                                             0, 2 - right(line), -3, "box")});
+    add(blendText, blend);
+    add(with.fore > 0, {call("glColor4fv", 1, 1, 1, with.fore), "glRasterPos3f(1.5, -2, 0.25)",
+                        move(with.x, with.y + up)});
+    for (const std::string& line : lines) {
+        add(with.fore > 0, {move(right(line), -13)});
+        add(with.fore > 0 && lists != 0,
+            {call("glCallLists", line.size(), GL_UNSIGNED_BYTE, line)});
+        add(with.fore > 0, {move((lists != 0 ? -widthOf(line) : 0) - right(line), -3)});
+    }
+    add(blendBoxes || blendText, {"glPopAttrib()"});
+    return calls;
+}
+
+// One of the choices after another.
+template <typename Choice, std::size_t kCount>
+const Choice& pick(std::size_t& number, const Choice (&choices)[kCount]) {
+    return choices[std::exchange(number, number / kCount) % kCount];
+}
+
+std::string name(const std::string& family, const std::string& style, int size) {
+    return "-*-" + family + '-' + style + "-normal-*-" + std::to_string(size) + "-*-*-*-*-*-*-*";
+}
+const std::string kDefault = name("helvetica", "bold-r", 12);
+
+struct TextTest : testing::Test {
+    TextTest() {
+        sGL = &gl;
+        sServer = &server;
+        putRecorders();
+        server.add(kDefault);
+        gl.strings = {{GL_VERSION, "1.4"}};
+        KyGLText::setDisplay(reinterpret_cast<Display*>(&server));
+        newContext();
+    }
+    ~TextTest() override {
+        KyGLText::setDisplay(nullptr);
+        KyGLText::setDefaultFontSize(12);
+        KyGLText::setDefaultFontFamily("helvetica");
+        KyGLText::setCacheContext(0);
+        kyglClearAllContexts();
+    }
+
+    // One that no test has used: settings live as long as the process.
+    unsigned int newContext() {
+        static unsigned int last = 0;
+        kyglSetContext(++last);
+        server.current = last;
+        taken();
+        return last;
+    }
+    Calls taken() {
+        Calls calls = gl.takeCalls();
+        const auto asksTheDriver = [](const std::string& one) { return one.find("glGetS") == 0; };
+        calls.erase(std::remove_if(calls.begin(), calls.end(), asksTheDriver), calls.end());
+        return calls;
+    }
+    template <typename Character>
+    Calls rendered(const Character* text) {
+        taken();
+        KyGLText::render(1.5f, -2, 0.25f, text);
+        return taken();
+    }
+    // The lines, the width and the height.
+    template <typename Character>
+    static std::array<int, 3> extent(const Character* text) {
+        std::array<int, 3> all = {-1, -1, -1};
+        all[0] = KyGLText::textExtent(text, all[1], all[2]);
+        return all;
+    }
+
+    RecordedGL gl;
+    Server server;
+};
+
+const std::array<int, 3> kNothing = {0, 0, 0};
+
+}  // namespace
+
+TEST_F(TextTest, everyCallOfARenderAndEveryNumberInIt) {
+    const int alignX[] = {-2, 0, 2}, alignY[] = {-1, 0, 2, -2, -3}, offsets[] = {0, 7, -3};
+    const float back[] = {0, 0.5f, 1, -1, 2}, fore[] = {1, 0.5f, 0, 2};
+    const char* const texts[] = {"", "a", "il\nWide\n\n\\nend\\", "\n\nb\\\\n", "\\n"};
+    KyGLText::fontBase(12);
+    for (std::size_t i = 0;; ++i) {
+        std::size_t rest = i;
+        const Settings with = {pick(rest, alignX),  pick(rest, alignY), pick(rest, offsets),
+                               pick(rest, offsets), pick(rest, back),   pick(rest, fore)};
+        const char* const text = pick(rest, texts);
+        if (rest != 0) break;
+        with.set();
+        ASSERT_EQ(rendered(text), model(1000, with, text))
+            << text << with.alignX << with.alignY << with.back << with.fore;
+    }
+}
+
+TEST_F(TextTest, linesEndAtBothBreaksAndNoneFollowsTheLast) {
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"", 1, ""},        {"ab", 1, "ab"},        {"ab\n", 1, "ab"},
+        {"ab\\n", 1, "ab"}, {"\n\n", 2, ""},        {"a\n\nb", 3, "b"},
+        {"a\\", 1, "a\\"},  {"a\\nbc\nd", 3, "bc"}, {"a\\t\\N", 1, "a\\t\\N"},
+        {"\\\\n", 1, "\\"}, {"\\n\\nb", 3, "b"},    {"a\r\xff", 1, "a\r\xff"}};
+    extent("");
+    taken();
+    for (const auto& [text, lines, widest] : cases)
+        EXPECT_EQ(extent(text), (std::array{lines, widthOf(widest), 16 * lines - 3})) << text;
+    EXPECT_EQ(taken(), Calls()) << "measuring made GL calls";
+}
+
+TEST_F(TextTest, aFontIsAskedForOnceInEachContextAndAnewAfterCleanUp) {
+    KyGLText::cleanUp();
+    EXPECT_EQ(server.takeAsked(), Calls()) << "cleanUp made settings";
+    const std::string any = name("*", "medium-i", 14), lucida = name("lucida", "medium-i", 14);
+    const std::string none = name("none", "bold-i", 99);
+    const auto setLucida = [] { KyGLText::setFont(14, false, true, "lucida"); };
+    const auto setNone = [] { KyGLText::setFont(99, true, true, "none"); };
+    server.add(any, 200);
+    setLucida();
+    setNone();
+    EXPECT_EQ(server.takeAsked(), (Calls{kDefault, lucida, any, none, name("*", "bold-i", 99)}));
+    EXPECT_EQ(taken(), (Calls{"glGenLists(127)", "glXUseXFont(1, 32, 95, 1032)", "glGenLists(201)",
+                              "glXUseXFont(2, 32, 169, 2032)"}));
+    server.add(none);
+    server.add(lucida);
+    setNone();
+    EXPECT_EQ(rendered("a"), Calls()) << "a font that failed came back";
+    EXPECT_EQ(extent("a"), kNothing);
+    setLucida();
+    EXPECT_EQ(rendered("a"), model(2000, {}, "a"));
+    EXPECT_EQ(server.takeAsked(), Calls());
+    KyGLText::setFont(14, false, true, "other");
+    const unsigned int second = newContext();
+    setLucida();
+    EXPECT_EQ(server.takeAsked(), (Calls{name("other", "medium-i", 14), any, kDefault, lucida}));
+    EXPECT_EQ(rendered("a"), model(5000, {}, "a"));
+
+    kyglSetContext(second - 1);
+    KyGLText::setAlignment(1, 1);
+    KyGLText::cleanUp();
+    Calls deleted = taken();
+    std::sort(deleted.begin(), deleted.end());
+    EXPECT_EQ(deleted, (Calls{"glDeleteLists(1000, 127)", "glDeleteLists(2000, 201)",
+                              "glDeleteLists(3000, 201)"}));
+    EXPECT_EQ(rendered("a"), Calls());
+    EXPECT_EQ(extent("a"), kNothing);
+    setNone();
+    EXPECT_EQ(server.takeAsked(), Calls{none});
+    EXPECT_EQ(rendered("a"), model(6000, {1, 1}, "a"));
+    kyglSetContext(second);
+    EXPECT_EQ(rendered("a"), model(5000, {}, "a")) << "cleanUp reached another context";
+}
+
+TEST_F(TextTest, theDefaultsActOnNewContextsAndOnFontBase) {
+    EXPECT_EQ(KyGLText::defaultFontSize() + KyGLText::cacheContext(), 12);
+    EXPECT_STREQ(KyGLText::defaultFontFamily(), "helvetica");
+    EXPECT_EQ(extent("")[0], 1);
+    std::string family = "odd";
+    KyGLText::setDefaultFontFamily(family.c_str());
+    family = "xxx";
+    KyGLText::setDefaultFontSize(25);
+    EXPECT_EQ(rendered("a"), model(1000, {}, "a"));
+    server.add(name("odd", "bold-r", 14));
+    server.takeAsked();
+    EXPECT_EQ(KyGLText::fontBase(14), 2000);
+    EXPECT_EQ(rendered("a"), model(2000, {}, "a"));
+    EXPECT_EQ(KyGLText::fontBase(77), -1);
+    EXPECT_EQ(rendered("a"), Calls());
+    const unsigned int second = newContext();
+    KyGLText::setFont(12, true, false, "helvetica");
+    KyGLText::setDefaultFontFamily(nullptr);
+    EXPECT_EQ(KyGLText::fontBase(13), -1);
+    EXPECT_EQ(server.takeAsked(),
+              (Calls{name("odd", "bold-r", 14), name("odd", "bold-r", 77), name("*", "bold-r", 77),
+                     name("odd", "bold-r", 25), name("*", "bold-r", 25), kDefault,
+                     name("", "bold-r", 13), name("*", "bold-r", 13)}));
+    KyGLText::setCacheContext(static_cast<int>(second));
+    std::thread([] { KyGLText::setFont(12, true, false, "helvetica"); }).join();
+    EXPECT_EQ(rendered("a"), model(3000, {}, "a")) << "a thread without an id set no font here";
+}
+
+TEST_F(TextTest, theDisplayIsTheOneSetOrThatOfTheContext) {
+    KyGLText::fontBase(25);
+    EXPECT_EQ(server.display, KyGLText::display());
+    KyGLText::setDisplay(nullptr);
+    const auto ofContext = [] { return reinterpret_cast<Display*>(sGL); };
+    const auto former = std::exchange(SoGLXEW::__glewXGetCurrentDisplay, ofContext);
+    KyGLText::fontBase(26);
+    EXPECT_EQ(std::exchange(server.display, nullptr), ofContext());
+    SoGLXEW::__glewXGetCurrentDisplay = [] { return static_cast<Display*>(nullptr); };
+    EXPECT_EQ(KyGLText::fontBase(27), -1);
+    SoGLXEW::__glewXGetCurrentDisplay = nullptr;
+    EXPECT_EQ(KyGLText::fontBase(28), -1);
+    EXPECT_EQ(server.display, nullptr) << "a display was made up";
+    SoGLXEW::__glewXGetCurrentDisplay = former;
+}
+
+TEST_F(TextTest, aFontWithoutListsGetsThemWhenItCan) {
+    const Settings with = {0, 0, 3, 4, 1, 0.5f};
+    const char* const variable = "TWILAN_KYGLTEXT_NOGL";
+    for (const bool switched : {false, true}) {
+        const GLXContextID context = newContext();
+        if (switched) setenv(variable, "1", 1);
+        if (!switched) server.current = 0;
+        with.set();
+        EXPECT_EQ(KyGLText::fontBase(12), 0);
+        EXPECT_EQ(extent("ab")[1], widthOf("ab"));
+        EXPECT_EQ(rendered("ab\nc"), model(0, with, "ab\nc"));
+        server.current = context;
+        unsetenv(variable);
+        const Calls alone = model(server.lists + 1000, with, "ab");
+        Calls first = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, server.lists + 1032)};
+        first.insert(first.end(), alone.begin(), alone.end());
+        EXPECT_EQ(rendered("ab"), first);
+        setenv(variable, "1", 1);
+        EXPECT_EQ(rendered("ab"), alone);
+        unsetenv(variable);
+        KyGLText::cleanUp();
+        EXPECT_EQ(taken(), Calls{call("glDeleteLists", server.lists, 127)});
+    }
+}
+
+TEST_F(TextTest, theBlendEquationIsSetAsTheDriverCan) {
+    const std::tuple<const char*, const char*, bool, Calls> cases[] = {
+        {"1.4", "GL_EXT_blend_minmax", true, {"glBlendEquation(32774)"}},
+        {"1.3", "GL_EXT_blend_minmax", true, {"glBlendEquationEXT(32774)"}},
+        {"1.3", "GL_EXT_blend", true, {}},
+        {"1.4", "GL_EXT_blend_minmax", false, {}}};
+    const Settings with = {-1, -1, 0, 0, 0.5f, 0.5f};
+    for (const auto& [version, extensions, current, equation] : cases) {
+        gl.strings = {{GL_VERSION, version}, {GL_EXTENSIONS, extensions}};
+        newContext();
+        with.set();
+        if (!current) server.current = 0;
+        Calls expected = model(server.lists, with, "a");
+        expected.insert(expected.erase(expected.begin() + 4), equation.begin(), equation.end());
+        EXPECT_EQ(rendered("a"), expected) << version << extensions << current;
+    }
+}
+
+TEST_F(TextTest, sizesAreThoseOfTheBitmapFontsInOrder) {
+    using Sizes = std::vector<int>;
+    const auto sizes = [&](int most, const Calls& listed) {
+        server.listed = listed;
+        Sizes room(9, -1);
+        const int count =
+            KyGLText::availablePointSizes(room.data(), most, "a b", most != 2, most != 0);
+        EXPECT_EQ(count, 9 - std::count(room.begin(), room.end(), -1));
+        EXPECT_TRUE(server.names.empty()) << "names were not released";
+        room.resize(static_cast<std::size_t>(count));
+        return room;
+    };
+    const Calls some = {"-f-b-b-i-n--14-1", "-f-b-b-i-n--10-1", "-f-b-b-i-n--0-1",
+                        "-f-b-b-i-n--12-1", "-f-b-b-i-n--10-1"};
+    EXPECT_EQ(sizes(9, some), (Sizes{10, 12, 14}));
+    EXPECT_EQ(sizes(2, some), (Sizes{10, 12}));
+    EXPECT_EQ(sizes(0, some), Sizes());
+    EXPECT_EQ(server.takeAsked(), (Calls{"-*-a b-bold-i-normal-*-*-*-*-*-*-*-*-*(100)",
+                                         "-*-a b-medium-i-normal-*-*-*-*-*-*-*-*-*(100)",
+                                         "-*-a b-bold-r-normal-*-*-*-*-*-*-*-*-*(100)"}));
+    EXPECT_EQ(sizes(9, {}), Sizes());
+    EXPECT_EQ(
+        sizes(9, {"fixed", "", "-a-b-c-d-e-f", "-a-b-c-d-e-f-9", "-a-b-c-d-e-f-[1_0_0_1]-1",
+                  "-a-b-c-d-e-f--8", "-a-b-c-d-e-f-x6", "-a-b-c-d-e-f-8x", "a-b-c-d-e-f-g-7"}),
+        (Sizes{7, 8, 9}));
+    server.takeAsked();
+    KyGLText::setDisplay(nullptr);
+    EXPECT_EQ(sizes(9, some), Sizes());
+    EXPECT_EQ(server.takeAsked(), Calls());
+}
+
+// The first conversion is in the locale that needs the least room.
+TEST_F(TextTest, aWideCharacterBecomesOneByteInEveryLocale) {
+    for (const char* locale : {"C", "C.UTF-8"}) {
+        ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
+        for (const std::size_t length : {2U, 5000U, 0U}) {
+            const std::wstring wide = std::wstring(length, L'x') + L"\x20ac\n\x1f600y\xdfff";
+            const std::string narrow = std::string(length, 'x') + "?\n?y?";
+            EXPECT_EQ(extent(wide.c_str()), extent(narrow.c_str()));
+            EXPECT_EQ(rendered(wide.c_str()), rendered(narrow.c_str()));
+        }
+    }
+    EXPECT_EQ(rendered(L"\xe9"), rendered("?"));
+    EXPECT_FALSE(KyGLText::wcharSupported());
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST_F(TextTest, eachByteIsMeasuredOnceAndNoLineAllocates) {
+    KyGLText::setBackground(0, 0, 0, 1);
+    std::string text(1000000, 'x');
+    long allocations = 0;
+    for (const long lines : {1, 100000}) {
+        for (std::size_t i = 9; lines > 1 && i < text.size(); i += 10)
+            text[i] = '\n';
+        gl.muted = true;
+        for (const bool drawn : {false, true, true}) {
+            server.measures = server.measured = 0;
+            const long before = Allocations::count;
+            drawn ? KyGLText::render(0, 0, 0, text.c_str())
+                  : static_cast<void>(extent(text.c_str()));
+            EXPECT_LE(allocations = Allocations::count - before, 6);
+            EXPECT_EQ(server.measures, lines);
+            EXPECT_EQ(server.measured, std::count(text.begin(), text.end(), 'x'));
+        }
+    }
+    gl.muted = false;
+    for (taken(); allocations > 0; --allocations) {
+        Allocations::failing = allocations;
+        EXPECT_THROW(KyGLText::render(0, 0, 0, text.c_str()), std::bad_alloc);
+        EXPECT_EQ(taken(), Calls()) << "memory ran out behind a GL call";
+    }
+}
+
+TEST_F(TextTest, threadsDrawOneAfterTheOtherEachInItsOwnContext) {
+    const char* const text = "ab\ncd\\n\nlast";
+    std::vector<unsigned int> contexts;
+    std::vector<Calls> models;
+    const auto settings = [](int thread) {
+        return Settings{thread - 1, thread - 2, thread, 9, 0.25f + static_cast<float>(thread),
+                        0.5f};
+    };
+    for (int i = 0; i < 4; ++i) {
+        contexts.push_back(newContext());
+        models.push_back(model(1, settings(i), text));
+    }
+    const std::string lines(2000, '\n');
+    runTogether(4, [&](unsigned int thread) {
+        kyglSetContext(contexts[thread]);
+        for (int round = 0; round < 40; ++round) {
+            settings(static_cast<int>(thread)).set();
+            KyGLText::fontBase(12);
+            EXPECT_EQ(extent(lines.c_str()), (std::array{2000, 0, 31997}));
+            EXPECT_EQ(extent(text), (std::array{4, widthOf("last"), 61}));
+            KyGLText::render(1.5f, -2, 0.25f, text);
+            KyGLText::cleanUp();
+        }
+    });
+    const Calls calls = taken();
+    for (const Calls& each : models) {
+        int renders = -1;
+        for (auto at = calls.begin(); at != calls.end(); ++renders)
+            at = std::search(at + 1, calls.end(), each.begin() + 1, each.end());
+        EXPECT_EQ(renders, 40);
+    }
+}
