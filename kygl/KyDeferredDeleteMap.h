@@ -55,10 +55,11 @@ public:
 
     /// Number of names that wait, by kind.
     struct Pending {
-        long shaders = 0;
-        long programs = 0;
-        long textures = 0;
-        long buffers = 0;
+        long shaders = 0;   ///< shader objects
+        long programs = 0;  ///< linked programs
+        long textures = 0;  ///< textures
+        long buffers = 0;   ///< buffers
+        /// All of them.
         long total() const { return shaders + programs + textures + buffers; }
     };
     /// What waits for one context, and for all. Makes no GL call; linear in the queue for one.

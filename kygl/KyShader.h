@@ -27,8 +27,8 @@ class KyResult;
 /// the driver pleases.
 class KYGL_API KyShader {
 public:
-    /// Root of the shader tree: files are looked for in `mFolderPath` + "/share/shaders/" + folder
-    /// + "/" + file. Empty at start; the application assigns it before any shader compiles.
+    /// Root of the shader tree: files are looked for in `mFolderPath` + "/share/shaders/" +
+    /// folder + "/" + file. Empty at start; the application assigns it before any shader compiles.
     static KyString mFolderPath;
 
     /// Touches neither files nor GL.
@@ -75,13 +75,14 @@ public:
     void deleteShader();
 
     /// The macro set. Changing it makes the shader stale; what was built stays until the next
-    /// `compile`. A change that leaves the set as it was leaves the shader as it was.
+    /// `compile`. A change that leaves the set as it was leaves the shader as it was, and the push
+    /// and the removal of a macro tell of it with false.
     ///@{
     void setParameters(const KyShaderParametersMacros& macros);
     bool hasParameters(const KyShaderParametersMacros& macros) const;
     bool hasParameter(const KyString& macro) const;
-    bool pushParameter(const KyString& macro);    ///< @return whether the set changed
-    bool removeParameter(const KyString& macro);  ///< @return whether the set changed
+    bool pushParameter(const KyString& macro);
+    bool removeParameter(const KyString& macro);
     void clearParameters();
     ///@}
 
@@ -106,6 +107,7 @@ public:
         const KyResult& result;  ///< the outcome; its message holds the driver's log
         std::chrono::nanoseconds time;  ///< of a compile with reading its file
     };
+    /// What `setBuildObserver` takes: a function that is told of one build.
     using BuildObserver = void (*)(const Build& build);
 
     /// Tells `observer` from now on of each compile and each link of shaders and
@@ -159,11 +161,11 @@ public:
     };
 
 protected:
-    bool mIsUpToDate = false;  ///< `mId` was built from the present macro set
-    bool mHasObject = false;   ///< `mId` names a live GL object
-    KyString mFileName;
-    KyString mFolderName;
-    KyShaderParametersMacros mParameters;
+    bool mIsUpToDate = false;                   ///< `mId` was built from the present macro set
+    bool mHasObject = false;                    ///< `mId` names a live GL object
+    KyString mFileName;                         ///< as it was given
+    KyString mFolderName;                       ///< as it was given
+    KyShaderParametersMacros mParameters;       ///< the present macro set
     KyShaderCashing* mShaderCashing = nullptr;  ///< owned; null in direct mode
     KyString mSource;                           ///< the expanded file, empty until read
     unsigned int mId = 0;                       ///< means nothing while `mHasObject` is false
@@ -182,6 +184,7 @@ private:
 /// A vertex shader.
 class KYGL_API KyVertexShader : public KyShader {
 public:
+    /// As for `KyShader`.
     KyVertexShader(const KyString& file, const KyString& folder, bool caching);
     ~KyVertexShader() override;
     KyShader* getCachingShader(unsigned int context) override;
@@ -191,6 +194,7 @@ public:
 /// A fragment shader.
 class KYGL_API KyFragmentShader : public KyShader {
 public:
+    /// As for `KyShader`.
     KyFragmentShader(const KyString& file, const KyString& folder, bool caching);
     ~KyFragmentShader() override;
     KyShader* getCachingShader(unsigned int context) override;

@@ -9,11 +9,13 @@
 /// back as a failed compile.
 class KYGL_API KyShaderMacro {
 public:
+    /// Copies the text.
     explicit KyShaderMacro(const KyString& text);
 
     /// "#define ", the text and one line feed.
     KyString getDefineString() const;
 
+    /// The text as it was given.
     const KyString& text() const { return mText; }
     /// The same for equal macros.
     unsigned int hash() const { return mHash; }
@@ -52,6 +54,7 @@ public:
     /// Removes every macro; the storage stays.
     void clear();
 
+    /// Whether a macro of this text is in the set.
     bool hasMacro(const KyString& text) const;
 
     /// Appends a macro at the end. @return false, and no change, when it is there already
@@ -63,6 +66,7 @@ public:
     /// The lines of all macros in their order, each with its line feed; "" for an empty set.
     KyString getDefineMacros() const;
 
+    /// Number of macros.
     long count() const { return mMacros.size; }
 
     /// A number that is the same for equal sets, so that two sets with different numbers need no

@@ -11,6 +11,7 @@
 /// time.
 class KYGL_API KyShaderUniform {
 public:
+    /// Copies the name, which is for life.
     explicit KyShaderUniform(const KyString& name);
     virtual ~KyShaderUniform();
     KyShaderUniform(const KyShaderUniform&) = delete;
@@ -32,10 +33,11 @@ public:
     /// @return false when the program has no such uniform
     bool activate(unsigned int program);
 
+    /// The name in the shader's source.
     const KyString& name() const { return mName; }
 
 protected:
-    KyString mName;
+    KyString mName;  ///< what `name` gives
 };
 
 /// Same name and equal values of the same type.
@@ -44,11 +46,13 @@ KYGL_API bool operator==(const KyShaderUniform& a, const KyShaderUniform& b);
 /// A whole number.
 class KYGL_API KyShaderUniformInt : public KyShaderUniform {
 public:
+    /// Copies the name.
     KyShaderUniformInt(const KyString& name, int value);
     ~KyShaderUniformInt() override;
     void setUniform(int location) override;
     bool isEqual(const KyShaderUniform* other) const override;
 
+    /// Changes the value; the next activation sends it.
     void setValue(int value) { mValue = value; }
 
 private:
@@ -58,11 +62,13 @@ private:
 /// A floating-point number. Values are equal as floats are: a NaN equals nothing.
 class KYGL_API KyShaderUniformFloat : public KyShaderUniform {
 public:
+    /// Copies the name.
     KyShaderUniformFloat(const KyString& name, float value);
     ~KyShaderUniformFloat() override;
     void setUniform(int location) override;
     bool isEqual(const KyShaderUniform* other) const override;
 
+    /// Changes the value; the next activation sends it.
     void setValue(float value) { mValue = value; }
 
 private:
@@ -85,8 +91,9 @@ public:
     /// Removes every uniform; the storage stays.
     void clear();
 
-    /// @return the uniform of that name, or null
+    /// Looks a name up. @return the uniform of that name, or null
     KyShaderUniform* getUniform(const KyString& name) const;
+    /// Whether a uniform of that name is in the set.
     bool hasUniform(const KyString& name) const;
 
     /// Sets a value, adding the uniform at the end if the name is new.

@@ -4,6 +4,7 @@
 #include <kylib/KyResult.h>
 #include <sogl/SoGLFlags.h>
 
+/// @file
 /// Context registry and GL error check.
 ///
 /// The application gives each of its GL contexts an id of its own choosing; every other part of

@@ -4,6 +4,7 @@
 #include <kylib/KyResult.h>
 #include <kylib/KyString.h>
 
+/// @file
 /// From ARB assembly text to vertex and fragment programs.
 ///
 /// Free functions without state. All take effect in the GL context that is current on the calling

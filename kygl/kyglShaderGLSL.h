@@ -4,6 +4,7 @@
 #include <kylib/KyResult.h>
 #include <kylib/KyString.h>
 
+/// @file
 /// From GLSL text to GL shader and program objects.
 ///
 /// Free functions without state; they know nothing of files, macros or caches. All take effect in

@@ -33,9 +33,12 @@ public:
     KyDArray(const KyDArray&) = delete;
     KyDArray& operator=(const KyDArray&) = delete;
 
+    /// The element at `index`, which lies in the array.
     T& operator[](long index) { return data[index]; }
+    /// The same of an array that may not be changed.
     const T& operator[](long index) const { return data[index]; }
 
+    /// Adds an element at the end.
     /// @param item copied; may be an element of this array
     /// @return index of the new element
     long append(const T& item) {
@@ -76,6 +79,7 @@ public:
         return std::find(data + from, data + size, item) - data;
     }
 
+    /// An order: below 0, 0 or above 0 for `a` less than, equal to or greater than `b`.
     using Compare = int(const T& a, const T& b);
 
     /// Binary search in an array that is sorted ascending under `order`; of equal elements the

@@ -10,7 +10,7 @@
 template <typename P>
 class KySmallArray {
 public:
-    int size = 0;
+    int size = 0;  ///< number of pointers
 
     KySmallArray() : mSlots{} {}
     ~KySmallArray() {
@@ -19,10 +19,13 @@ public:
     KySmallArray(const KySmallArray&) = delete;
     KySmallArray& operator=(const KySmallArray&) = delete;
 
+    /// The pointer at `index`, which lies below `size`.
+    ///@{
     P& operator[](int index) { return size <= kSlots ? mSlots[index] : mHeap.block[index]; }
     const P& operator[](int index) const {
         return size <= kSlots ? mSlots[index] : mHeap.block[index];
     }
+    ///@}
 
     /// Raises the size and keeps the content; the new elements are undefined.
     /// @param newSize not below `size`
@@ -36,8 +39,8 @@ private:
         P* block;
     };
     union {
-        P mSlots[kSlots];
-        Heap mHeap;
+        P mSlots[kSlots];  ///< up to `kSlots` pointers
+        Heap mHeap;        ///< more of them
     };
 };
 
@@ -78,10 +81,11 @@ class KyHashTableIterator;
 template <typename K, typename V>
 class KyHashTable {
 public:
+    /// One pair, in the chain of its bucket.
     struct Entry {
-        K key;
-        V value;
-        Entry* next;
+        K key;        ///< never changes
+        V value;      ///< may be changed through `operator[]` and `lookup`
+        Entry* next;  ///< the next of the chain, or null
     };
 
     int mask = 1;                  ///< number of buckets minus one; a power of two minus one
@@ -91,6 +95,8 @@ public:
     Entry* cursorEntry = nullptr;  ///< built-in cursor: the next entry to deliver, or null
     V defaultValue;                ///< what a new entry's value starts as
 
+    /// An empty table.
+    /// @param initialValue becomes `defaultValue`
     explicit KyHashTable(const V& initialValue) : defaultValue(initialValue) { buckets.grow(2); }
     ~KyHashTable() { removeAll(); }
     KyHashTable(const KyHashTable&) = delete;
@@ -101,10 +107,10 @@ public:
     /// there is none for more buckets the chains grow longer, and the next insertion tries again.
     V& operator[](const K& key);
 
-    /// @return the value of `key`, or null; never inserts
+    /// Looks a key up and never inserts. @return its value, or null
     V* lookup(const K& key) const;
 
-    /// @return 1 if an entry was removed, 0 if the key was absent
+    /// Removes a key. @return 1 if an entry was removed, 0 if the key was absent
     int remove(const K& key);
 
     /// Removes every entry. The buckets keep their number and the cursor its place.
@@ -221,6 +227,7 @@ bool KyHashTable<K, V>::advance(int& bucket, Entry*& entry, K& key, V& value) co
 template <typename K, typename V>
 class KyHashTableIterator {
 public:
+    /// Stands in front of the first pair.
     explicit KyHashTableIterator(const KyHashTable<K, V>& table) : mTable(&table) {
         table.rewind(mBucket, mEntry);
     }

@@ -7,8 +7,11 @@
 class KYLIB_API KyHandable {
 public:
     KyHandable() = default;
+    /// There is nothing to copy.
+    ///@{
     KyHandable(const KyHandable&) = default;
     KyHandable& operator=(const KyHandable&) = default;
+    ///@}
     virtual ~KyHandable();
 
     /// Called by a holder that is about to destroy the object. Does nothing here.

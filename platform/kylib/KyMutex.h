@@ -27,6 +27,7 @@
 /// for ever. Both operations are a single call of the system's lock, inline.
 class KY_CAPABILITY("mutex") KyMutex {
 public:
+    /// Unlocked at first.
     /// @param recursive whether the holder may lock again
     explicit KyMutex(bool recursive) {
         pthread_mutexattr_t kind;
@@ -40,7 +41,9 @@ public:
     KyMutex(const KyMutex&) = delete;
     KyMutex& operator=(const KyMutex&) = delete;
 
+    /// Waits until this thread holds the mutex.
     void lock() KY_ACQUIRE() { pthread_mutex_lock(&mMutex); }
+    /// Lets go of it, once for each `lock`.
     void unlock() KY_RELEASE() { pthread_mutex_unlock(&mMutex); }
 
 private:

@@ -19,15 +19,21 @@ public:
     /// A failure without a place. The flag is false at all calls and has no effect.
     KyResult(int code, const char* message, const char* detail, bool);
 
+    /// A copy owns copies of the texts; a value that was moved from is a success.
+    ///@{
     KyResult(const KyResult& other) : mFailure(other.ok() ? nullptr : copy(*other.mFailure)) {}
     KyResult(KyResult&& other) noexcept : mFailure(other.mFailure) { other.mFailure = nullptr; }
     KyResult& operator=(const KyResult& other);
+    ///@}
     ~KyResult() {
         if (mFailure != nullptr) release(mFailure);
     }
 
+    /// Which of the two it is.
+    ///@{
     bool ok() const noexcept { return mFailure == nullptr; }
     bool failed() const noexcept { return mFailure != nullptr; }
+    ///@}
 
     int code() const noexcept;             ///< 0 for success
     int line() const noexcept;             ///< 0 for success and where no place is known
@@ -47,7 +53,11 @@ public:
     const KyResult& check() const;
 
     /// How a result came to the reporter.
-    enum class Report { Notify, Check };
+    enum class Report {
+        Notify,  ///< through `notify`
+        Check    ///< through `check`
+    };
+    /// What `setReporter` takes.
     using Reporter = void (*)(const KyResult& result, Report kind);
 
     /// Sends reports to `reporter` from now on, on the thread on which they arise; null restores
@@ -68,12 +78,15 @@ private:
 /// Equal outcomes: both success, or the same code, place and texts.
 KYLIB_API bool kyResultsEqual(const KyResult& a, const KyResult& b) noexcept;
 
+/// Equal outcomes, as for `kyResultsEqual`; two successes are told at once.
+///@{
 inline bool operator==(const KyResult& a, const KyResult& b) noexcept {
     return a.ok() || b.ok() ? a.ok() == b.ok() : kyResultsEqual(a, b);
 }
 inline bool operator!=(const KyResult& a, const KyResult& b) noexcept {
     return !(a == b);
 }
+///@}
 
 /// The success value.
 KYLIB_API extern const KyResult KyOK;

@@ -21,26 +21,32 @@ public:
     KyString();
     /// A copy of `text`; null gives the empty text. Implicit, so that literals serve as arguments.
     KyString(const char* text);  // NOLINT(google-explicit-constructor)
+    /// A copy of the text.
     KyString(const KyString& other);
     /// A text formatted as by `printf`. The first argument is 0 at all calls and has no effect; it
     /// tells this form apart from the one that takes its text as it stands.
     KyString(int, const char* format, ...) __attribute__((format(printf, 3, 4)));
     ~KyString() override;
 
+    /// Replaces the text by a copy of the other.
     KyString& operator=(const KyString& other);
 
     /// The content becomes the formatted text. Arguments may point into this very string.
     /// A format that the C library refuses gives the empty text.
+    ///@{
     void printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void vprintf(const char* format, std::va_list arguments) __attribute__((format(printf, 2, 0)));
+    ///@}
 
     /// Splits at each separator and keeps empty pieces: n separators give n + 1 pieces.
     /// @param pieces replaced by the pieces; may not hold this string
     void explode(char separator, KyDArray<KyString>& pieces) const;
 
     /// The characters, never null, zero-terminated; valid until the string changes or dies.
+    ///@{
     const char* dataPtr() const { return data; }
     const char* getString() const { return data; }
+    ///@}
     /// As above, writable over `size` bytes: GL writes its logs here.
     char* getString() { return data; }
 
@@ -51,6 +57,7 @@ private:
     void assign(const char* bytes, long count);
 };
 
+/// The two texts, one behind the other.
 KYLIB_API KyString operator+(const KyString& left, const KyString& right);
 
 /// 0 when both texts are equal, 1 when not; texts of different length are told apart unread.

@@ -15,6 +15,7 @@ public:
     KyThreadLocalStorageBase(const KyThreadLocalStorageBase&) = delete;
     KyThreadLocalStorageBase& operator=(const KyThreadLocalStorageBase&) = delete;
 
+    /// The calling thread's pointer, or null.
     void* get() const { return pthread_getspecific(mKey); }
     /// Throws `std::bad_alloc` when the thread's table cannot grow; the pointer stays as it was.
     void set(void* pointer);
@@ -27,6 +28,8 @@ private:
 template <typename T>
 class KyThreadLocalStorage : public KyThreadLocalStorageBase {
 public:
+    /// As `KyThreadLocalStorageBase::get`.
     T* get() const { return static_cast<T*>(KyThreadLocalStorageBase::get()); }
+    /// As `KyThreadLocalStorageBase::set`.
     void set(T* pointer) { KyThreadLocalStorageBase::set(pointer); }
 };

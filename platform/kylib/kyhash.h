@@ -6,9 +6,11 @@
 /// The values may differ between versions of the library; nothing may store them.
 ///@{
 
+/// The hash of a text.
 /// @param text zero-terminated, not null
 KYLIB_API unsigned int kyhash(const char* text) noexcept;
 
+/// The hash of a number.
 inline unsigned int kyhash(int value) noexcept {
     auto h = static_cast<unsigned int>(value);
     h = (h ^ (h >> 16)) * 0x7feb352dU;

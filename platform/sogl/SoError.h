@@ -11,6 +11,7 @@ public:
     /// Allocates nothing.
     static void post(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+    /// What `setHandler` takes.
     using Handler = void (*)(const char* text);
 
     /// Sends reports to `handler` from now on, on the thread on which they arise; null restores

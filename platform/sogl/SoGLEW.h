@@ -7,6 +7,7 @@
 #include <GL/gl.h>
 #include <GL/glext.h>
 
+/// @file
 /// The GL loader: entry points and capability flags.
 ///
 /// Every entry point is a plain writable global named `__glew` plus the GL name without its `gl`.
@@ -20,6 +21,7 @@ SOGL_ENTRY_POINTS(SOGL_DECLARE)
 #undef SOGL_DECLARE
 }
 
+/// The GL half of the loader.
 namespace SoGLEW {
 
 /// Fills every flag from the version and extension strings of the GL context that is current on
@@ -32,7 +34,8 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 
 }  // namespace SoGLEW
 
-// With these a source reads as plain GL, and so do the texts that are made from its calls.
+/// With these a source reads as plain GL, and so do the texts that are made from its calls.
+///@{
 #define glAttachObjectARB __glewAttachObjectARB
 #define glAttachShader __glewAttachShader
 #define glBindProgramARB __glewBindProgramARB
@@ -85,3 +88,4 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 #define glUniform1f __glewUniform1f
 #define glUniform1i __glewUniform1i
 #define glUseProgram __glewUseProgram
+///@}

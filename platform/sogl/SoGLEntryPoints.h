@@ -1,10 +1,9 @@
 #pragma once
 
-/// The one list of GL entry points: result, name without `gl`, parameters.
+/// The one list of GL entry points: `X` gets result, name without `gl` and parameters of each.
 ///
 /// `SoGLEW.h` declares a pointer for each; `SoGLEW.cpp` defines and fills them; tests make a
 /// recorder for each.
-
 // clang-format off
 #define SOGL_ENTRY_POINTS(X) \
     X(void,           AttachObjectARB,         (GLhandleARB program, GLhandleARB shader)) \

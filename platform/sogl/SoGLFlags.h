@@ -1,11 +1,14 @@
 #pragma once
 
+/// @file
 /// Capability flags of one GL context. One byte for each GL version and extension that somebody
 /// above asks for; non-zero means present. Members carry the GL names without their leading
 /// `GL_`, because with it they are macros of the GL headers.
 ///
 /// This header brings in neither GL nor X11 headers.
 
+/// The lists of flags.
+///@{
 // clang-format off
 #define SOGL_VERSION_FLAGS(X) \
     X(1, 4)
@@ -27,6 +30,7 @@
 #define SOGLX_EXTENSION_FLAGS(X) \
     X(ARB_create_context)
 // clang-format on
+///@}
 
 #define SOGL_VERSION_MEMBER(major, minor) unsigned char VERSION_##major##_##minor;
 #define SOGL_EXTENSION_MEMBER(name) unsigned char name;
