@@ -15,10 +15,11 @@ std::vector<Ratio>& ratios() {
     return all;
 }
 
-// Prints what the console reporter prints, and a table of ratios at the end.
+// Prints what the console reporter prints, and a table of ratios at the end: for people, and into a
+// file, if there is one, for programs.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
-    RatioReporter() : ConsoleReporter(OO_Tabular) {}
+    explicit RatioReporter(std::FILE* file) : ConsoleReporter(OO_Tabular), mFile(file) {}
 
     bool failed() const { return !mFailed.empty(); }
 
@@ -70,8 +71,13 @@ private:
         if (ratio.limit > 0)
             std::printf(" %7.2f  %s", ratio.limit, value <= ratio.limit ? "met" : "MISSED");
         std::printf("%s\n", ratio.difference ? " (difference in ns)" : "");
+        if (mFile != nullptr)
+            std::fprintf(mFile, "%s\t%.5g\t%s\t%.5g\t%.5g\t%g\t%s\n", ratio.side.c_str(), side,
+                         ratio.peer.c_str(), peer, value, ratio.limit,
+                         ratio.difference ? "ns" : "x");
     }
 
+    std::FILE* mFile;
     std::map<std::string, std::vector<double>> mTimes;
     std::set<std::string> mFailed;
 };
@@ -91,6 +97,18 @@ int count(const char* side, long steps) {
         std::fprintf(stderr, "kygl_bench: %s: %s\n", side, error.what());
         return 1;
     }
+}
+
+// Takes `--ratios FILE` off the command line. @return FILE, or null
+const char* takeRatiosFile(int& argc, char** argv) {
+    char** const end = argv + argc;
+    char** const found = std::find_if(
+        argv, end, [](const char* word) { return std::strcmp(word, "--ratios") == 0; });
+    if (end - found < 2) return nullptr;
+    const char* const file = found[1];
+    std::copy(found + 2, end, found);
+    argc -= 2;
+    return file;
 }
 
 }  // namespace
@@ -114,9 +132,16 @@ int main(int argc, char** argv) {
     addTexture();
     if (argc == 4 && std::strcmp(argv[1], "--count") == 0)
         return count(argv[2], std::atol(argv[3]));
+    const char* const path = takeRatiosFile(argc, argv);
+    std::FILE* const file = path != nullptr ? std::fopen(path, "w") : nullptr;
+    if (path != nullptr && file == nullptr) {
+        std::perror(path);
+        return 1;
+    }
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RatioReporter reporter;
+    RatioReporter reporter(file);
     benchmark::RunSpecifiedBenchmarks(&reporter);
+    if (file != nullptr) std::fclose(file);
     return reporter.failed() ? 1 : 0;
 }
