@@ -1,0 +1,114 @@
+/// A Qt window whose GL context Qt made, with a program and a text of this library in it. It stays
+/// until it is closed; with a file to write, for a single frame.
+///
+///     qt_window [PICTURE.png]
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/kygl.h>
+#include <kygl/KyGLText.h>
+#include <kygl/KyShader.h>
+#include <kygl/KyShaderProgram.h>
+
+#include <QGuiApplication>
+#include <QImage>
+#include <QOpenGLWindow>
+
+#include <cstdio>
+
+namespace {
+
+constexpr unsigned int kContext = 1;
+
+void watch(const KyShader::Build& build) {
+    if (build.result.failed()) std::fprintf(stderr, "qt_window: %s\n", build.result.text());
+}
+
+class Window : public QOpenGLWindow {
+public:
+    // @param file empty, or where the first frame goes
+    explicit Window(const QString& file) : mFile(file) {}
+
+    // The context dies with the window. This is the last chance to delete what was built in it.
+    ~Window() override {
+        if (!isValid()) return;
+        makeCurrent();
+        mProgram.deleteProgram();
+        KyGLText::cleanUp();
+        KyDeferredDeleteMap::deferredDelete(kContext);
+        doneCurrent();
+    }
+
+    bool failed() const { return mFailed; }
+
+protected:
+    // Qt calls these three with its context current.
+    void initializeGL() override {
+        kyglSetContext(kContext);
+        if (!kyglGLSLAvailable(kContext)) qFatal("this OpenGL has no GLSL");
+        mProgram.create("waves.vert", "waves.frag", "examples");
+        mProgram.pushMacro("RINGS");
+        KyGLText::setFont(18, true, false, "helvetica");
+        KyGLText::setAlignment(0, 0);
+        KyGLText::setBackground(0, 0, 0, 1);
+        // Mesa's glXUseXFont leaves GL_OUT_OF_MEMORY behind for glyphs that are blank. The lists
+        // are good, and the next error check would take the error for its own.
+        while (glGetError() != GL_NO_ERROR) {
+        }
+    }
+
+    void resizeGL(int width, int height) override {
+        const qreal scale = devicePixelRatio();
+        glViewport(0, 0, static_cast<int>(width * scale), static_cast<int>(height * scale));
+    }
+
+    // With more windows, each names its context here: they take turns on this thread.
+    void paintGL() override {
+        kyglSetContext(kContext);
+        mProgram.apply(kContext);
+        glRectf(-1, -1, 1, 1);
+        mProgram.unUse();
+        KyGLText::render(0, 0, 0, "Frozen Head\n1,008 m");
+        if (!mFile.isEmpty()) save();
+    }
+
+private:
+    // From within a frame: the buffers are undefined once Qt has swapped them. To close the window
+    // in the midst of it would take the context away from Qt.
+    void save() {
+        mFailed = !grabFramebuffer().save(mFile);
+        mFile.clear();
+        QMetaObject::invokeMethod(this, &QWindow::close, Qt::QueuedConnection);
+    }
+
+    KyShaderProgram mProgram;
+    QString mFile;
+    bool mFailed = false;
+};
+
+// @return the exit status
+int show(const QString& file) {
+    Window window(file);
+    window.setTitle(QStringLiteral("qt_window"));
+    window.resize(256, 256);
+    window.show();
+    QGuiApplication::exec();
+    if (window.failed()) std::fprintf(stderr, "qt_window: the picture cannot be written\n");
+    return window.failed() ? 1 : 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "xcb");            // an X11 window, on a Wayland desktop too
+    qputenv("QT_XCB_GL_INTEGRATION", "xcb_glx");  // and GLX in it, not EGL
+    QSurfaceFormat format;
+    format.setRenderableType(QSurfaceFormat::OpenGL);
+    format.setVersion(2, 1);  // fixed functions and display lists, which text needs
+    format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    QSurfaceFormat::setDefaultFormat(format);
+    const QGuiApplication application(argc, argv);
+    KyShader::mFolderPath = EXAMPLES_ROOT;
+    KyShader::setBuildObserver(watch);
+    const int status = show(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
+    std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());
+    return status;
+}

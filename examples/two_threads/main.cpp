@@ -1,0 +1,119 @@
+/// Plain GLX on two threads: each has a GL context of its own, and both draw with the same pair of
+/// shader files. With --broken the fragment shader is one that no driver takes.
+///
+///     two_threads [--broken] PICTURE.png
+#include "common/Picture.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/kygl.h>
+#include <kygl/KyShader.h>
+#include <kygl/KyShaderProgram.h>
+
+#include <atomic>
+#include <cstdio>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+
+#include <GL/glx.h>
+
+namespace {
+
+constexpr int kSize = 256;
+
+// Mesa's software driver breaks the heap when two threads make or destroy contexts at once.
+std::mutex sOneByOne;
+
+std::atomic<int> sBuilds{0};       // by both threads
+thread_local std::string sWhyNot;  // of the last build on this thread that failed
+
+/// A GL context with a buffer to draw to, on an X connection of its own: no other thread uses that,
+/// so nothing of it needs a lock. Current on the thread that makes it, until it is destroyed there.
+class Surface {
+public:
+    explicit Surface(unsigned int id) : mId(id), mDisplay(nullptr, XCloseDisplay) {
+        const std::lock_guard<std::mutex> hold(sOneByOne);
+        mDisplay.reset(XOpenDisplay(nullptr));
+        Display* const display = mDisplay.get();
+        if (display == nullptr) throw std::runtime_error("no X display");
+        const int wanted[] = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT, GLX_RED_SIZE, 8, None};
+        int count = 0;
+        const std::unique_ptr<GLXFBConfig, decltype(&XFree)> configs(
+            glXChooseFBConfig(display, DefaultScreen(display), wanted, &count), XFree);
+        if (count == 0) throw std::runtime_error("the X display has no GLX buffer to offer");
+        const int size[] = {GLX_PBUFFER_WIDTH, kSize, GLX_PBUFFER_HEIGHT, kSize, None};
+        mBuffer = glXCreatePbuffer(display, *configs, size);
+        mContext = glXCreateNewContext(display, *configs, GLX_RGBA_TYPE, nullptr, True);
+        glXMakeContextCurrent(display, mBuffer, mBuffer, mContext);
+        kyglSetContext(mId);  // for this thread; the first time, the context has to be current
+    }
+
+    // The last chance to delete what died while the context lived. It has to be current for that.
+    ~Surface() {
+        KyDeferredDeleteMap::deferredDelete(mId);
+        const std::lock_guard<std::mutex> hold(sOneByOne);
+        glXMakeContextCurrent(mDisplay.get(), None, None, nullptr);
+        glXDestroyContext(mDisplay.get(), mContext);
+        glXDestroyPbuffer(mDisplay.get(), mBuffer);
+        mDisplay.reset();
+    }
+
+private:
+    unsigned int mId;
+    std::unique_ptr<Display, decltype(&XCloseDisplay)> mDisplay;
+    GLXPbuffer mBuffer = None;
+    GLXContext mContext = nullptr;
+};
+
+// The library calls this on the thread that builds: on both at once if need be.
+void watch(const KyShader::Build& build) {
+    ++sBuilds;
+    if (build.result.ok()) return;
+    const char* const file =
+        build.fragment.file != nullptr ? build.fragment.file : build.vertex.file;
+    sWhyNot = std::string(file) + ": " + build.result.text();
+}
+
+// A thread of its own runs this from beginning to end. A program is for one thread, so each has
+// one; it dies ahead of the surface, which deletes its GL objects.
+void draw(unsigned int context, const char* fragmentFile, const char* macro, Picture& picture) {
+    const Surface surface(context);
+    if (!kyglGLSLAvailable(context)) throw std::runtime_error("this OpenGL has no GLSL");
+    KyShaderProgram program;
+    program.create("waves.vert", fragmentFile, "examples");
+    program.pushMacro(macro);
+    if (!program.compile(context)) throw std::runtime_error(sWhyNot);
+    program.apply(context);
+    glRectf(-1, -1, 1, 1);
+    program.unUse();
+    picture.grab(context == 1 ? 0 : kSize, kSize);
+}
+
+void run(const char* fragmentFile, const char* file) {
+    KyShader::mFolderPath = EXAMPLES_ROOT;  // before any thread builds
+    KyShader::setBuildObserver(watch);
+    Picture picture(2 * kSize, kSize);
+    const auto launch = std::launch::async;
+    auto left = std::async(launch, draw, 1U, fragmentFile, "RINGS", std::ref(picture));
+    auto right = std::async(launch, draw, 2U, fragmentFile, "STRIPES", std::ref(picture));
+    left.get();
+    right.get();
+    kyglClearAllContexts();  // no thread has one any more
+    picture.writePng(file);
+    std::printf("%d builds, %ld GL objects left\n", sBuilds.load(),
+                KyDeferredDeleteMap::pending().total());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    const bool broken = argc == 3 && std::string(argv[1]) == "--broken";
+    if (argc != 2 && !broken) throw std::runtime_error("usage: two_threads [--broken] PICTURE.png");
+    run(broken ? "broken.frag" : "waves.frag", argv[argc - 1]);
+    return 0;
+} catch (const std::exception& e) {
+    std::fprintf(stderr, "two_threads: %s\n", e.what());
+    return 1;
+}

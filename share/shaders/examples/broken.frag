@@ -1,0 +1,5 @@
+// For two_threads --broken: nothing declares `waves`.
+void main()
+{
+    gl_FragColor = waves;
+}
