@@ -40,9 +40,8 @@ void printPending(const char* when, unsigned int context) {
                 waits.shaders, waits.programs, waits.textures, context);
 }
 
+// With context 1 current.
 void acrossThreads() {
-    const GlxBuffer gl(16);
-    kyglSetContext(1);
     auto model = std::make_unique<Model>();
     model->program.create("waves.vert", "waves.frag", "examples");
     if (!model->program.compile(1)) throw std::runtime_error("the shaders do not build");
@@ -64,44 +63,50 @@ void acrossThreads() {
                 glIsTexture(texture));
 }
 
-// Leaves a texture that waits for context 2, while that context and its objects go.
-void loseContext() {
-    const GlxBuffer gl(16);
-    kyglSetContext(2);
+/// Context 2, which comes and goes while context 1 stays.
+struct Second {
+    Second() { kyglSetContext(2); }
+    ~Second() {
+        kyglSetContext(1);    // an id is not cleared while it is the thread's current one
+        kyglClearContext(2);  // what is known of it goes; the names that wait for it stay
+    }
+    GlxBuffer gl{16};
+};
+
+// What a drain of another context 2 makes of a name that was queued for the one before: names are
+// small numbers, and both contexts give out the same ones.
+void takeOver(bool discards) {
     KyTexture texture;
     texture.create1D(kWhite, 1);
-    texture.bindTexture(2);
-    texture.destroy();
-}
-
-// Another context takes the id 2, and what it makes gets the same small numbers for names.
-void takeOver(bool discards) {
-    loseContext();
-    kyglClearAllContexts();  // forgets what the ids could do; the names that wait for them stay
+    {
+        const Second lost;
+        texture.bindTexture(2);
+        texture.deleteTextures();
+    }
     printPending("lost", 2);
     if (discards) std::printf("discarded: %ld\n", KyDeferredDeleteMap::discard(2));
-    const GlxBuffer gl(16);
-    kyglSetContext(2);
-    KyTexture texture;
-    texture.create1D(kWhite, 1);
+
+    const Second next;
     texture.bindTexture(2);
     const GLuint name = current(GL_TEXTURE_BINDING_1D);
     KyDeferredDeleteMap::deferredDelete(2);
     std::printf("the GL has the new texture: %d\n", glIsTexture(name));
     texture.destroy();
     KyDeferredDeleteMap::deferredDelete(2);
-    kyglClearAllContexts();
 }
 
 }  // namespace
 
 int main() try {
     KyShader::mFolderPath = EXAMPLES_ROOT;
+    const GlxBuffer first(16);
+    kyglSetContext(1);
     acrossThreads();
     std::puts("an id that is used again");
     takeOver(false);  // the trap: the drain deletes what is not its own
     std::puts("the same with discard");
     takeOver(true);
+    kyglClearAllContexts();
     return 0;
 } catch (const std::exception& e) {
     std::fprintf(stderr, "deferred_deletion: %s\n", e.what());

@@ -22,27 +22,22 @@ void watch(const KyShader::Build& build) {
     if (build.result.failed()) std::fprintf(stderr, "glfw_windows: %s\n", build.result.text());
 }
 
-/// Starts GLFW, and ends it with its windows when all that draws in them is gone.
-struct Glfw {
-    Glfw() {
-        glfwSetErrorCallback(
-            [](int, const char* text) { std::fprintf(stderr, "glfw_windows: %s\n", text); });
+void start() {
+    KyShader::mFolderPath = EXAMPLES_ROOT;
+    KyShader::setBuildObserver(watch);
+    glfwSetErrorCallback(
+        [](int, const char* text) { std::fprintf(stderr, "glfw_windows: %s\n", text); });
 #ifdef GLFW_PLATFORM_X11  // 3.4 may choose Wayland, which has no GLX
-        glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
+    glfwInitHint(GLFW_PLATFORM, GLFW_PLATFORM_X11);
 #endif
-        if (glfwInit() == GLFW_FALSE) throw std::runtime_error("no X display");
-    }
-    ~Glfw() {
-        glfwTerminate();
-    }
-    Glfw(const Glfw&) = delete;
-    Glfw& operator=(const Glfw&) = delete;
-};
+    if (glfwInit() == GLFW_FALSE) throw std::runtime_error("no X display");
+}
 
 /// A window, and the id under which the library knows its context.
 class View {
 public:
-    // The last argument of glfwCreateWindow is null: the contexts share nothing, and need not.
+    // GLFW's own choice of version can do all that the library does. The last argument is null: the
+    // contexts share nothing, and need not.
     View(unsigned int id, const char* title, int x)
         : mId(id), mWindow(glfwCreateWindow(kSize, kSize, title, nullptr, nullptr)) {
         if (mWindow == nullptr) throw std::runtime_error("no window with an OpenGL context");
@@ -73,6 +68,7 @@ public:
         glfwGetFramebufferSize(mWindow, &width, &height);
         glViewport(0, 0, width, height);
         program.pushMacro(macro);  // built once for each macro set and context, then found
+        if (!program.compile(mId)) throw std::runtime_error("the shaders do not build");
         program.apply(mId);
         glRectf(-1, -1, 1, 1);
         program.unUse();
@@ -88,19 +84,18 @@ private:
     GLFWwindow* mWindow;
 };
 
-void run(const char* file) {
-    KyShader::mFolderPath = EXAMPLES_ROOT;
-    KyShader::setBuildObserver(watch);
-    const Glfw glfw;
+// @param file null, or where the first frame goes
+void show(const char* file) {
     const View left(1, "rings", 0);
     const View right(2, "stripes", kSize);
     KyShaderProgram program;  // dies first; each window then deletes what was built for it
     program.create("waves.vert", "waves.frag", "examples");
     Picture picture(2 * kSize, kSize);
+    Picture* const wanted = file != nullptr ? &picture : nullptr;
     do {
         program.setUniform("phase", file != nullptr ? 0.5F : static_cast<float>(glfwGetTime()));
-        left.draw(program, "RINGS", file != nullptr ? &picture : nullptr);
-        right.draw(program, "STRIPES", file != nullptr ? &picture : nullptr);
+        left.draw(program, "RINGS", wanted);
+        right.draw(program, "STRIPES", wanted);
         glfwWaitEventsTimeout(0.01);
     } while (file == nullptr && left.isOpen() && right.isOpen());
     if (file != nullptr) picture.writePng(file);
@@ -109,7 +104,10 @@ void run(const char* file) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-    run(argc > 1 ? argv[1] : nullptr);
+    start();
+    show(argc > 1 ? argv[1] : nullptr);
+    glfwTerminate();
+    kyglClearAllContexts();  // an id cannot be cleared alone while it is the thread's current one
     std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());
     return 0;
 } catch (const std::exception& e) {

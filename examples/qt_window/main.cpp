@@ -13,6 +13,7 @@
 #include <QOpenGLWindow>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -25,7 +26,7 @@ void watch(const KyShader::Build& build) {
 class Window : public QOpenGLWindow {
 public:
     // @param file empty, or where the first frame goes
-    explicit Window(const QString& file) : mFile(file) {}
+    explicit Window(QString file) : mFile(std::move(file)) {}
 
     // The context dies with the window. This is the last chance to delete what was built in it.
     ~Window() override {
@@ -76,7 +77,7 @@ private:
     void save() {
         mFailed = !grabFramebuffer().save(mFile);
         mFile.clear();
-        QMetaObject::invokeMethod(this, &QWindow::close, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
     }
 
     KyShaderProgram mProgram;
@@ -109,6 +110,7 @@ int main(int argc, char** argv) {
     KyShader::mFolderPath = EXAMPLES_ROOT;
     KyShader::setBuildObserver(watch);
     const int status = show(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
+    kyglClearAllContexts();
     std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());
     return status;
 }

@@ -21,24 +21,26 @@ constexpr int kSize = 128;
 constexpr unsigned char kSummer[] = {51, 102, 51, 255, 153, 204, 102, 255, 204, 153, 51, 255};
 constexpr unsigned char kWinter[] = {51, 51, 102, 255, 153, 153, 204, 255, 255, 255, 255, 255};
 
-// Each context shows the colours in a shape of its own.
-void drawShape(unsigned int context) {
+void drawDisc() {
     constexpr int kCorners = 60;
-    glBegin(context == 3 ? GL_TRIANGLE_FAN : GL_QUADS);
-    if (context == 3) {
-        glTexCoord1f(1);
-        glVertex2f(0, 0);
-        glTexCoord1f(0);
-        for (int i = 0; i <= kCorners; ++i) {
-            const float turn = 6.2831853F * static_cast<float>(i) / kCorners;
-            glVertex2f(std::cos(turn), std::sin(turn));
-        }
+    glBegin(GL_TRIANGLE_FAN);
+    glTexCoord1f(1);
+    glVertex2f(0, 0);
+    glTexCoord1f(0);
+    for (int i = 0; i <= kCorners; ++i) {
+        const float turn = 6.2831853F * static_cast<float>(i) / kCorners;
+        glVertex2f(std::cos(turn), std::sin(turn));
     }
-    constexpr float kQuad[][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
-    for (int i = 0; context != 3 && i < 4; ++i) {
-        const float along = kQuad[i][context == 1 ? 0 : 1];
-        glTexCoord1f(0.5F + 0.5F * along);
-        glVertex2fv(kQuad[i]);
+    glEnd();
+}
+
+// @param axis along which the colours change
+void drawSquare(int axis) {
+    constexpr GLint kCorners[][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
+    glBegin(GL_QUADS);
+    for (const auto& corner : kCorners) {
+        glTexCoord1i(corner[axis]);
+        glVertex2i(2 * corner[0] - 1, 2 * corner[1] - 1);
     }
     glEnd();
 }
@@ -52,7 +54,10 @@ void drawFrame(unsigned int context, KyTexture& colours) {
     glTexParameteri(GL_TEXTURE_1D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
     glEnable(GL_TEXTURE_1D);
     glClear(GL_COLOR_BUFFER_BIT);
-    drawShape(context);
+    if (context == 3)
+        drawDisc();
+    else
+        drawSquare(context == 1 ? 0 : 1);
 }
 
 void run(const char* file) {
@@ -80,6 +85,7 @@ void run(const char* file) {
         contexts[id - 1].makeCurrent();
         KyDeferredDeleteMap::deferredDelete(id);
     }
+    kyglClearAllContexts();
     std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());
 }
 

@@ -78,7 +78,7 @@ void watch(const KyShader::Build& build) {
 
 // A thread of its own runs this from beginning to end. A program is for one thread, so each has
 // one; it dies ahead of the surface, which deletes its GL objects.
-void draw(unsigned int context, const char* fragmentFile, const char* macro, Picture& picture) {
+void draw(unsigned int context, const char* fragmentFile, const char* macro, Picture* picture) {
     const Surface surface(context);
     if (!kyglGLSLAvailable(context)) throw std::runtime_error("this OpenGL has no GLSL");
     KyShaderProgram program;
@@ -88,7 +88,7 @@ void draw(unsigned int context, const char* fragmentFile, const char* macro, Pic
     program.apply(context);
     glRectf(-1, -1, 1, 1);
     program.unUse();
-    picture.grab(context == 1 ? 0 : kSize, kSize);
+    picture->grab(context == 1 ? 0 : kSize, kSize);
 }
 
 void run(const char* fragmentFile, const char* file) {
@@ -96,8 +96,8 @@ void run(const char* fragmentFile, const char* file) {
     KyShader::setBuildObserver(watch);
     Picture picture(2 * kSize, kSize);
     const auto launch = std::launch::async;
-    auto left = std::async(launch, draw, 1U, fragmentFile, "RINGS", std::ref(picture));
-    auto right = std::async(launch, draw, 2U, fragmentFile, "STRIPES", std::ref(picture));
+    auto left = std::async(launch, draw, 1U, fragmentFile, "RINGS", &picture);
+    auto right = std::async(launch, draw, 2U, fragmentFile, "STRIPES", &picture);
     left.get();
     right.get();
     kyglClearAllContexts();  // no thread has one any more
