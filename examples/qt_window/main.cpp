@@ -38,13 +38,13 @@ public:
         doneCurrent();
     }
 
-    bool failed() const { return mFailed; }
+    const char* error() const { return mError; }
 
 protected:
     // Qt calls these three with its context current.
     void initializeGL() override {
         kyglSetContext(kContext);
-        if (!kyglGLSLAvailable(kContext)) qFatal("this OpenGL has no GLSL");
+        if (!kyglGLSLAvailable(kContext)) return stop("this OpenGL has no GLSL");
         mProgram.create("waves.vert", "waves.frag", "examples");
         mProgram.pushMacro("RINGS");
         KyGLText::setFont(18, true, false, "helvetica");
@@ -63,54 +63,55 @@ protected:
 
     // With more windows, each names its context here: they take turns on this thread.
     void paintGL() override {
+        if (*mError != '\0') return;
         kyglSetContext(kContext);
+        if (!mProgram.compile(kContext)) return stop("the shaders do not build");
         mProgram.apply(kContext);
         glRectf(-1, -1, 1, 1);
         mProgram.unUse();
         KyGLText::render(0, 0, 0, "Frozen Head\n1,008 m");
-        if (!mFile.isEmpty()) save();
+        // Here, because the buffers are undefined once Qt has swapped them.
+        if (!mFile.isEmpty()) stop(grabFramebuffer().save(mFile) ? "" : "the file is not written");
     }
 
 private:
-    // From within a frame: the buffers are undefined once Qt has swapped them. To close the window
-    // in the midst of it would take the context away from Qt.
-    void save() {
-        mFailed = !grabFramebuffer().save(mFile);
-        mFile.clear();
+    // Closes the window, but not in the midst of a frame, which would take the context away from
+    // Qt. No exception may pass through Qt, so what went wrong is told later.
+    void stop(const char* error) {
+        mError = error;
         QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
     }
 
     KyShaderProgram mProgram;
     QString mFile;
-    bool mFailed = false;
+    const char* mError = "";
 };
 
-// @return the exit status
-int show(const QString& file) {
+// @return "" or what went wrong
+const char* show(const QString& file) {
     Window window(file);
-    window.setTitle(QStringLiteral("qt_window"));
     window.resize(256, 256);
     window.show();
     QGuiApplication::exec();
-    if (window.failed()) std::fprintf(stderr, "qt_window: the picture cannot be written\n");
-    return window.failed() ? 1 : 0;
+    return window.error();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "xcb");            // an X11 window, on a Wayland desktop too
-    qputenv("QT_XCB_GL_INTEGRATION", "xcb_glx");  // and GLX in it, not EGL
+    qputenv("QT_XCB_GL_INTEGRATION", "xcb_glx");  // text asks GLX for the fonts' display
     QSurfaceFormat format;
     format.setRenderableType(QSurfaceFormat::OpenGL);
     format.setVersion(2, 1);  // fixed functions and display lists, which text needs
-    format.setProfile(QSurfaceFormat::CompatibilityProfile);
     QSurfaceFormat::setDefaultFormat(format);
     const QGuiApplication application(argc, argv);
     KyShader::mFolderPath = EXAMPLES_ROOT;
     KyShader::setBuildObserver(watch);
-    const int status = show(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
+    const char* const error = show(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
     kyglClearAllContexts();
     std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());
-    return status;
+    if (*error == '\0') return 0;
+    std::fprintf(stderr, "qt_window: %s\n", error);
+    return 1;
 }
