@@ -155,6 +155,9 @@ RealGL::RealGL() {
     if (!glXMakeContextCurrent(p.display, p.drawable, p.drawable, p.context))
         throw std::runtime_error("the GLX context cannot be made current");
     install(true);
+    // What fonts of other sides left behind.
+    while (glGetError() != GL_NO_ERROR) {
+    }
 }
 
 RealGL::~RealGL() {
