@@ -25,6 +25,7 @@ GLhandleARB createProgram() {
 bool GlObject::exists() const {
     if (kind == kShader) return glIsShader(name) == GL_TRUE;
     if (kind == kProgram) return glIsProgram(name) == GL_TRUE;
+    if (kind == kTexture) return glIsTexture(name) == GL_TRUE;
     return glIsBuffer(name) == GL_TRUE;
 }
 

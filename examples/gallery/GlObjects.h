@@ -4,7 +4,7 @@
 
 /// A GL object of the calling thread's context.
 struct GlObject {
-    enum Kind { kShader, kProgram, kBuffer };
+    enum Kind { kShader, kProgram, kBuffer, kTexture };
     Kind kind;
     unsigned int name;
 

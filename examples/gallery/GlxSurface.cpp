@@ -27,6 +27,16 @@ int noteError(Display* display, XErrorEvent* event) {
 
 }  // namespace
 
+Display* openDisplay() {
+    const char* const name = std::getenv("DISPLAY");
+    if (name == nullptr || *name == '\0')
+        throw std::runtime_error("no X display: DISPLAY is not set");
+    Display* const display = XOpenDisplay(nullptr);
+    if (display == nullptr)
+        throw std::runtime_error(std::string("no X display: cannot connect to '") + name + "'");
+    return display;
+}
+
 void GlxSurface::Closer::operator()(Display* display) const {
     XCloseDisplay(display);
 }
@@ -65,17 +75,13 @@ GlxSurface::~GlxSurface() {
 }
 
 void GlxSurface::open() {
-    const char* const name = std::getenv("DISPLAY");
-    if (name == nullptr || *name == '\0')
-        throw std::runtime_error("no X display: DISPLAY is not set");
-    mDisplay.reset(XOpenDisplay(nullptr));
-    if (mDisplay == nullptr)
-        throw std::runtime_error(std::string("no X display: cannot connect to '") + name + "'");
+    mDisplay.reset(openDisplay());
     int major = 0;
     int minor = 0;
+    const std::string name = DisplayString(mDisplay.get());
     if (glXQueryExtension(mDisplay.get(), nullptr, nullptr) == False ||
         glXQueryVersion(mDisplay.get(), &major, &minor) == False || (major == 1 && minor < 3))
-        throw std::runtime_error(std::string("the X display '") + name + "' has no GLX 1.3");
+        throw std::runtime_error("the X display '" + name + "' has no GLX 1.3");
 }
 
 // A window gets four samples in a pixel where the driver has that.

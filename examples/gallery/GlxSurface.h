@@ -8,6 +8,9 @@ struct _XDisplay;
 struct __GLXcontextRec;
 struct __GLXFBConfigRec;
 
+/// A connection to the X server. Throws `std::runtime_error` when there is none.
+_XDisplay* openDisplay();
+
 /// A GLX context of its own on an X connection of its own, current on the thread that made it:
 /// with a window, or with an off-screen buffer. Throws `std::runtime_error` when there is none.
 class GlxSurface {

@@ -1,17 +1,27 @@
 #include "TerrainMesh.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 // A block's height beside its width, as it pleases the eye.
 constexpr float kRelief = 0.13F;
 
+bool isSummit(const Grid& grid, int row, int column) {
+    for (int r = row - 1; r <= row + 1; ++r)
+        for (int c = column - 1; c <= column + 1; ++c)
+            if (grid.at(r, c) > grid.at(row, column)) return false;
+    return true;
+}
+
 }  // namespace
 
 TerrainMesh::TerrainMesh(const Grid& grid)
     : lowest(*std::min_element(grid.heights.begin(), grid.heights.end())),
       highest(*std::max_element(grid.heights.begin(), grid.heights.end())),
+      // Less than this would colour nothing but the rounding of the numbers.
+      colourTop(std::max({highest, lowest + 1, lowest + 0.01F * std::abs(highest)})),
       halfX(static_cast<float>(grid.cellWidth * (grid.columns - 1) / 2)),
       halfY(static_cast<float>(grid.cellHeight * (grid.rows - 1) / 2)),
       cell(static_cast<float>(std::max(grid.cellWidth, grid.cellHeight))) {
@@ -22,6 +32,7 @@ TerrainMesh::TerrainMesh(const Grid& grid)
     addVertices(grid);
     addSurface(grid.columns, grid.rows);
     addFaces(grid.columns, grid.rows);
+    addSummits(grid);
 }
 
 void TerrainMesh::addVertices(const Grid& grid) {
@@ -76,4 +87,19 @@ void TerrainMesh::addWall(int first, int stride, int count, float normalX, float
         vertex.z = base;
         vertices.push_back(vertex);
     }
+}
+
+// Ground at the border may go on rising behind it, so that is left out.
+void TerrainMesh::addSummits(const Grid& grid) {
+    auto vertex = vertices.begin();
+    for (int row = 0; row < grid.rows; ++row) {
+        for (int column = 0; column < grid.columns; ++column, ++vertex) {
+            const bool inside =
+                row > 0 && row + 1 < grid.rows && column > 0 && column + 1 < grid.columns;
+            if (inside && vertex->z > lowest && isSummit(grid, row, column))
+                summits.push_back(*vertex);
+        }
+    }
+    std::stable_sort(summits.begin(), summits.end(),
+                     [](const Vertex& a, const Vertex& b) { return a.z > b.z; });
 }

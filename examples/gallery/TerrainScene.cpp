@@ -1,6 +1,7 @@
 #define GL_GLEXT_PROTOTYPES
 #include "TerrainScene.h"
 
+#include "Numbers.h"
 #include "ShaderFiles.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -17,6 +18,7 @@ namespace {
 constexpr float kRadians = 3.14159265F / 180;
 constexpr char kVertexFile[] = "terrain.vert";
 constexpr char kFragmentFile[] = "terrain.frag";
+constexpr float kContours = 20;  // at most
 constexpr std::size_t kBackdrop = 0;
 constexpr std::size_t kSurface = 1;
 constexpr std::size_t kBlock = 2;
@@ -45,13 +47,11 @@ struct Axes {
     Vector right, up, towards;
 };
 
-void loadProjection(float tangentX, float tangentY, float nearest, float farthest, float shiftX,
-                    float shiftY) {
+void loadProjection(float tangentX, float tangentY, float nearest, float farthest) {
     const float x = tangentX * nearest;
     const float y = tangentY * nearest;
     glMatrixMode(GL_PROJECTION);
     glLoadIdentity();
-    glTranslatef(shiftX, shiftY, 0);
     glFrustum(-x, x, -y, y, nearest, farthest);
 }
 
@@ -85,18 +85,10 @@ private:
     float mLeft = -1e30F;
 };
 
-// 1, 2 or 5 times a power of ten, so that 8 to 20 contour lines lie within the range.
-float niceInterval(float range) {
-    const float wanted = range / 20;
-    const float power = std::pow(10.0F, std::floor(std::log10(wanted)));
-    for (const float step : {1.0F, 2.0F, 5.0F})
-        if (step * power >= wanted) return step * power;
-    return 10 * power;
-}
-
 }  // namespace
 
-TerrainScene::TerrainScene(const TerrainMesh& mesh, const View& view) : mMesh(mesh), mView(view) {
+TerrainScene::TerrainScene(const TerrainMesh& mesh, const View& view, ColourTable& colours)
+    : mMesh(mesh), mView(view), mColours(colours) {
     checkShaderFile(kVertexFile);
     checkShaderFile(kFragmentFile);
     mProgram.create(kVertexFile, kFragmentFile, kShaderFolder);
@@ -136,33 +128,32 @@ void TerrainScene::setMacros() {
 }
 
 void TerrainScene::setConstants() {
-    // Less than this would colour nothing but the rounding of the numbers.
-    const float least = std::max(1.0F, 0.01F * std::abs(mMesh.highest));
-    const float range = std::max(mMesh.highest - mMesh.lowest, least);
     mProgram.setUniform("lowest", mMesh.lowest);
-    mProgram.setUniform("highest", mMesh.lowest + range);
+    mProgram.setUniform("highest", mMesh.colourTop);
     mProgram.setUniform("exaggeration", mMesh.exaggeration);
-    mProgram.setUniform("contourInterval", niceInterval(range));
+    mProgram.setUniform("contourInterval", niceStep(mMesh.colourTop - mMesh.lowest, kContours));
     mProgram.setUniform("indexEvery", 5);
     mProgram.setUniform("layerThickness", (mMesh.highest - mMesh.base) / 14);
     mProgram.setUniform("blockSize", mMesh.halfX + mMesh.halfY);
-    const Vector sun = direction(315, 40);
-    mProgram.setUniform("sunX", sun.x);
-    mProgram.setUniform("sunY", sun.y);
-    mProgram.setUniform("sunZ", sun.z);
+    mProgram.setUniform("sunX", kSun[0]);
+    mProgram.setUniform("sunY", kSun[1]);
+    mProgram.setUniform("sunZ", kSun[2]);
+    mProgram.setUniform("colours", 0);
 }
 
-void TerrainScene::draw(float swing, float shiftX, float shiftY, int width, int height) {
+void TerrainScene::draw(const Frame& frame, const Stage& stage) {
     ++mFrame;
-    glViewport(0, 0, width, height);
+    mStage = stage;
+    glViewport(0, 0, frame.width, frame.height);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    setCut(swing);
-    const auto w = static_cast<float>(width);
-    const auto h = static_cast<float>(height);
-    placeEye(swing, 2 * shiftX / w, 2 * shiftY / h, w / h);
     drawBackdrop();
+    setCut(frame.swing);
+    const auto w = static_cast<float>(stage.width);
+    const auto h = static_cast<float>(stage.height);
+    placeEye(frame.swing, w / h);
+    loadEye(2 * frame.shiftX / w, 2 * frame.shiftY / h);
     if (mClipped) {
-        const GLdouble plane[] = {-mCutX, -mCutY, 0, mCutOffset};
+        const GLdouble plane[] = {-mCut.x, -mCut.y, 0, mCut.offset};
         glClipPlane(GL_CLIP_PLANE0, plane);
         glEnable(GL_CLIP_PLANE0);
     }
@@ -171,26 +162,37 @@ void TerrainScene::draw(float swing, float shiftX, float shiftY, int width, int 
     glDisable(GL_CLIP_PLANE0);
 }
 
-// Cuts away what lies in front of a plane that looks towards the eye, a little to its side.
-void TerrainScene::setCut(float swing) {
-    const Vector normal = direction(mView.azimuth - 22, 0);
-    mCutX = normal.x;
-    mCutY = normal.y;
-    mCutOffset = (0.25F + 0.4F * swing) * std::min(mMesh.halfX, mMesh.halfY);
-    mProgram.setUniform("cutX", mCutX);
-    mProgram.setUniform("cutY", mCutY);
-    mProgram.setUniform("cutOffset", mCutOffset);
+void TerrainScene::enter() const {
+    loadEye(0, 0);
 }
 
-// Whether nothing is left of the cells around a vertex.
-bool TerrainScene::cutAway(const TerrainMesh::Vertex& vertex) const {
-    return mClipped && mCutX * vertex.x + mCutY * vertex.y > mCutOffset + mMesh.cell;
+// Cuts away what lies in front of a plane that looks towards the eye, a little to its side.
+void TerrainScene::setCut(float swing) {
+    if (!mClipped) return;
+    const Vector normal = direction(mView.azimuth - 22, 0);
+    mCut = {normal.x, normal.y, (0.25F + 0.4F * swing) * std::min(mMesh.halfX, mMesh.halfY)};
+    mProgram.setUniform("cutX", mCut.x);
+    mProgram.setUniform("cutY", mCut.y);
+    mProgram.setUniform("cutOffset", mCut.offset);
+}
+
+bool TerrainScene::cutAway(float x, float y) const {
+    return mCut.x * x + mCut.y * y > mCut.offset + mMesh.cell;
+}
+
+bool TerrainScene::facesEye(float normalX, float normalY) const {
+    return dot(direction(mAzimuth, 0), {normalX, normalY, 0}) > 0.1F;
+}
+
+bool TerrainScene::looksRight(float normalX, float normalY) const {
+    return dot(direction(mAzimuth - 90, 0), {normalX, normalY, 0}) > 0;
 }
 
 // Looks at the block from the view's side, from as near as lets what is left of it fill the
 // picture.
-void TerrainScene::placeEye(float swing, float shiftX, float shiftY, float aspect) const {
-    const Axes axes(mView.azimuth + 15 * swing, mView.altitude);
+void TerrainScene::placeEye(float swing, float aspect) {
+    mAzimuth = mView.azimuth + 15 * swing;
+    const Axes axes(mAzimuth, mView.altitude);
     const float scale = 1 / std::max(mMesh.halfX, mMesh.halfY);
     const float scaleUp = scale * mMesh.exaggeration;
     const float middle = (mMesh.highest + mMesh.base) / 2;
@@ -202,7 +204,7 @@ void TerrainScene::placeEye(float swing, float shiftX, float shiftY, float aspec
     Fit fitY(tangentY * kMargin);
     Fit depth(1);
     for (const TerrainMesh::Vertex& vertex : mMesh.vertices) {
-        if (cutAway(vertex)) continue;
+        if (cutAway(vertex.x, vertex.y)) continue;
         const Vector point = {vertex.x * scale, vertex.y * scale, (vertex.z - middle) * scaleUp};
         const float towards = dot(axes.towards, point);
         fitX.add(dot(axes.right, point), towards);
@@ -212,11 +214,22 @@ void TerrainScene::placeEye(float swing, float shiftX, float shiftY, float aspec
     const float back = std::max(fitX.back(), fitY.back());
 
     const float air = 0.02F * back;
-    loadProjection(tangentX, tangentY, back - depth.largest() - air, back - depth.least() + air,
-                   shiftX, shiftY);
+    loadProjection(tangentX, tangentY, back - depth.largest() - air, back - depth.least() + air);
     loadView(axes, fitX.aside(), fitY.aside(), back);
     glScalef(scale, scale, scaleUp);
     glTranslatef(0, 0, -middle);
+    glGetFloatv(GL_PROJECTION_MATRIX, mProjection.data());
+    glGetFloatv(GL_MODELVIEW_MATRIX, mModelView.data());
+}
+
+void TerrainScene::loadEye(float shiftX, float shiftY) const {
+    glViewport(mStage.left, mStage.bottom, mStage.width, mStage.height);
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glTranslatef(shiftX, shiftY, 0);
+    glMultMatrixf(mProjection.data());
+    glMatrixMode(GL_MODELVIEW);
+    glLoadMatrixf(mModelView.data());
 }
 
 // Puts the program in use with the macros of one pass, and notes whether it was built or found.
@@ -246,9 +259,21 @@ void TerrainScene::drawBackdrop() {
 
 void TerrainScene::drawSurface() {
     apply(kSurface);
+    mColours.bind(mView.context);
+    noteTexture();
     glDrawElements(GL_TRIANGLES, static_cast<GLsizei>(mMesh.surface.size()), GL_UNSIGNED_INT,
                    nullptr);
     mProgram.unUse();
+}
+
+// Every change of the table gives a new texture, whose name may have been another's before.
+void TerrainScene::noteTexture() {
+    int name = 0;
+    glGetIntegerv(GL_TEXTURE_BINDING_1D, &name);
+    const GlObject texture = {GlObject::kTexture, static_cast<unsigned int>(name)};
+    if (std::none_of(mTextures.begin(), mTextures.end(),
+                     [&](const GlObject& noted) { return noted.name == texture.name; }))
+        mTextures.push_back(texture);
 }
 
 void TerrainScene::drawBlock() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ColourTable.h"
 #include "GlObjects.h"
 #include "TerrainMesh.h"
 
@@ -17,6 +18,25 @@ struct View {
     float azimuth, altitude;          ///< where the eye stands, in degrees from north and horizon
     std::vector<const char*> macros;  ///< how the surface is shaded
     bool clipped;                     ///< cut open towards the eye
+    int table;                        ///< the colours in which its picture is taken
+    const char* caption;
+};
+
+/// One frame: the size of the picture, and what differs from frame to frame.
+struct Frame {
+    int width, height;
+    float swing = 0;  ///< from -1 to 1: how far the eye and the cut are from their places
+    float shiftX = 0, shiftY = 0;  ///< by how much of a pixel the picture is shifted
+};
+
+/// The part of a picture that the terrain fills, in pixels from the lower left corner.
+struct Stage {
+    int left, bottom, width, height;
+};
+
+/// A vertical plane; what lies in front of it is cut away.
+struct Cut {
+    float x, y, offset;  ///< where it looks to, and how far out it is
 };
 
 /// One terrain in one GL context: its buffers and its shader program, which is drawn with several
@@ -31,18 +51,30 @@ public:
         std::vector<GlObject> objects;  ///< what the building made
     };
 
-    TerrainScene(const TerrainMesh& mesh, const View& view);
+    TerrainScene(const TerrainMesh& mesh, const View& view, ColourTable& colours);
     ~TerrainScene();
     TerrainScene(const TerrainScene&) = delete;
     TerrainScene& operator=(const TerrainScene&) = delete;
 
     /// Draws one frame. Throws `std::runtime_error` when a shader does not build.
-    /// @param swing from -1 to 1: how far the eye and the cut are from their places
-    /// @param shiftX,shiftY by how much of a pixel the picture is shifted
-    void draw(float swing, float shiftX, float shiftY, int width, int height);
+    void draw(const Frame& frame, const Stage& stage);
+
+    /// Lets what is drawn next stand in the terrain, to the eye of the last frame without its
+    /// shift.
+    void enter() const;
+
+    /// Where the terrain is cut open; beyond its borders where it is whole.
+    const Cut& cut() const { return mCut; }
+    /// Whether nothing is left of the ground around a place.
+    bool cutAway(float x, float y) const;
+    /// Whether a wall that looks to there shows its face.
+    bool facesEye(float normalX, float normalY) const;
+    /// Whether it looks to the right of the picture, and not to the left.
+    bool looksRight(float normalX, float normalY) const;
 
     const std::array<Pass, 3>& passes() const { return mPasses; }
     const std::vector<GlObject>& buffers() const { return mBuffers; }
+    const std::vector<GlObject>& textures() const { return mTextures; }
 
 private:
     template <typename Item>
@@ -50,8 +82,9 @@ private:
     void setMacros();
     void setConstants();
     void setCut(float swing);
-    bool cutAway(const TerrainMesh::Vertex& vertex) const;
-    void placeEye(float swing, float shiftX, float shiftY, float aspect) const;
+    void placeEye(float swing, float aspect);
+    void loadEye(float shiftX, float shiftY) const;
+    void noteTexture();
     void apply(std::size_t index);
     void drawBackdrop();
     void drawSurface();
@@ -59,11 +92,16 @@ private:
 
     const TerrainMesh& mMesh;
     const View& mView;
+    ColourTable& mColours;
     KyShaderProgram mProgram;
     std::array<Pass, 3> mPasses;
     std::array<KyShaderParametersMacros, 3> mMacros;
     std::vector<GlObject> mBuffers;
+    std::vector<GlObject> mTextures;
     bool mClipped = false;
-    float mCutX = 0, mCutY = 0, mCutOffset = 0;  // the plane: where it looks to, how far out it is
+    Cut mCut = {1, 0, 1e9F};
+    Stage mStage = {};
+    float mAzimuth = 0;                                       // of the eye
+    std::array<float, 16> mProjection = {}, mModelView = {};  // without a shift
     long mFrame = 0;
 };

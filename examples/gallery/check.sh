@@ -32,7 +32,7 @@ drawn() {
     shift 2
     rm -f "$out"
     "$gallery" --out "$out" --size "${width}x$height" "$@" >"$work/stdout" 2>"$work/stderr" &&
-        "$check_picture" "$out" "$width" "$height" || failed "no good picture: $*"
+        "$check_picture" "$out" "$width" "$height" || failed "no good picture: ${width}x$height $*"
 }
 
 # A grid of three columns and two rows with these rows, beneath this header if one is given.
@@ -88,6 +88,7 @@ EXTENTS
     refused "--frames: Value 0 not in range" --frames 0
     refused "not expected: --bogus" --bogus
     refused "no X display: DISPLAY is not set"
+    refused "no X display: DISPLAY is not set" --list-fonts helvetica
     # Blanks, carriage returns and words in capitals are as good as any.
     grid " 1\t2  3 \r\n\r\n4 5 6\r\n" "NCOLS 3\r\nNROWS 2\r\nxllcenter 0\r\nyllcenter 0\r\ncellsize 30\r\n"
     refused "no X display: DISPLAY is not set" --grid "$work/grid.asc"
@@ -107,13 +108,19 @@ shader_tree() {
 check_display() {
     "$gallery" --window --frames 1 2>&1 | grep -q 'no X display' && exit 77
     drawn 640 256 --frames 3
-    [ "$(grep -cE 'frame 1: shader [0-9]+, shader [0-9]+, program [0-9]+ +2 times +3 of 3 objects' "$work/stdout")" -eq 6 ] &&
-        [ "$(grep -cE 'buffer [0-9]+, buffer [0-9]+ .* 2 of 2 objects' "$work/stdout")" -eq 2 ] ||
+    [ "$(grep -cE 'frame 1: shader [0-9]+, shader [0-9]+, program [0-9]+ +3 times +3 of 3 objects' "$work/stdout")" -eq 6 ] &&
+        [ "$(grep -cE '(buffer|texture) [0-9]+, (buffer|texture) [0-9]+ .* 2 of 2 objects' "$work/stdout")" -eq 4 ] ||
         failed "not all was built once, found later and deleted: $(cat "$work/stdout")"
     cp "$out" "$work/clipped.png"
     NO_CLIP_PLANE=1 drawn 640 256 --frames 3
     cmp -s "$out" "$work/clipped.png" && failed "the clip plane makes no difference"
     drawn 301 400 --frames 1
+    drawn 1400 640 --frames 1
+    grid "5 5 5\n5 5 5\n"
+    "$gallery" --out "$out" --grid "$work/grid.asc" --frames 1 >/dev/null 2>"$work/stderr" ||
+        failed "no picture of flat ground"
+    "$gallery" --list-fonts helvetica 2>"$work/stderr" | grep -q '^bold  *upright .* 24' ||
+        failed "no list of fonts"
     "$gallery" --window --frames 3 >"$work/stdout" 2>"$work/stderr" || failed "no windows"
     rm -f "$out"
 
@@ -121,8 +128,11 @@ check_display() {
     (trap '' XFSZ && ulimit -f 50 && refused "out.png: cannot be written: File too large" &&
         exit $failures) || failed "the write was not limited"
 
+    refused "the X server has no bitmap font of family 'nosuch'" --list-fonts nosuch
     __GLX_VENDOR_LIBRARY_NAME=mesa MESA_EXTENSION_OVERRIDE=-GL_ARB_shader_objects \
         refused "this OpenGL has no GLSL"
+    __GLX_VENDOR_LIBRARY_NAME=mesa MESA_EXTENSION_OVERRIDE=-GL_ARB_fragment_program \
+        refused "this OpenGL has no ARB assembly programs"
 
     shader_tree
     rm "$shaders/terrain.frag"

@@ -1,7 +1,9 @@
 /// Draws a grid of elevations twice, in two GL contexts that share nothing, each on its own thread:
-/// left as a relief map, right cut open and seen from another side. Writes both as one picture or
-/// shows them in two windows, and tells what `KyShaderProgram` built and found and what the drains
-/// of `KyDeferredDeleteMap` deleted.
+/// left as a relief map, right cut open and seen from another side. Both take their colours from
+/// one `KyTexture`, which changes between two frames, and `KyGLText` writes around them. Writes
+/// both as one picture or shows them in two windows, and tells what `KyShaderProgram` built and
+/// found and what the drains of `KyDeferredDeleteMap` deleted.
+#include "Annotations.h"
 #include "GlxSurface.h"
 #include "Picture.h"
 #include "TerrainScene.h"
@@ -18,10 +20,12 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <future>
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -31,20 +35,44 @@ struct Options {
     std::string grid;
     std::string out = "gallery.png";
     std::string root = GALLERY_ROOT;
-    std::string size = "1400x560";
+    std::string size = "1400x640";
     int width = 0;
     int height = 0;
+    std::string title;
+    std::string listFonts;
     long frames = 0;
     bool window = false;
 };
 
-const View kLeft = {"left", 1, 205, 46, {"RELIEF", "HYPSOMETRY", "CONTOURS"}, false};
-const View kRight = {"right", 2, 288, 47, {"RELIEF", "SLOPE"}, true};
+const View kLeft = {"left",
+                    1,
+                    205,
+                    46,
+                    {"RELIEF", "HYPSOMETRY", "CONTOURS"},
+                    false,
+                    0,
+                    "Relief and contour lines, from the south-southwest"};
+const View kRight = {"right",
+                     2,
+                     288,
+                     47,
+                     {"RELIEF", "HYPSOMETRY"},
+                     true,
+                     1,
+                     "From the west, after the colour table has changed"};
 
 // What the two drawing threads and the waiting one tell each other.
 struct Progress {
     std::atomic<bool> stop{false};
     std::atomic<long> framesDrawn{0};
+    std::atomic<int> atChange{0}, atEnd{0};  // sides that have come so far
+
+    // Waits until both sides have come there, or somebody wants to stop.
+    void meet(std::atomic<int>& there) const {
+        ++there;
+        while (there < 2 && !stop)
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 };
 
 void parseSize(Options& options) {
@@ -52,7 +80,7 @@ void parseSize(Options& options) {
     const int found =
         std::sscanf(options.size.c_str(), "%4dx%4d%n", &options.width, &options.height, &end);
     if (found != 2 || static_cast<std::size_t>(end) != options.size.size())
-        throw std::runtime_error("--size " + options.size + ": not of the form 1400x560");
+        throw std::runtime_error("--size " + options.size + ": not of the form 1400x640");
     if (std::min(options.width, options.height) < 16 ||
         std::max(options.width, options.height) > 4096)
         throw std::runtime_error("--size " + options.size + ": each side has 16 to 4096 pixels");
@@ -60,7 +88,7 @@ void parseSize(Options& options) {
 
 // @return false when the program has nothing more to do, as after --help
 bool parseOptions(int argc, char** argv, Options& options) {
-    CLI::App app("Draws real terrain through KyShaderProgram in two GL contexts on two threads.");
+    CLI::App app("Draws real terrain with libkygl in two GL contexts on two threads.");
     app.add_option("--grid", options.grid, "ESRI ASCII grid of elevations in metres")
         ->type_name("FILE");
     auto* const out = app.add_option("--out", options.out, "picture to write")
@@ -76,6 +104,12 @@ bool parseOptions(int argc, char** argv, Options& options) {
         ->excludes(out);
     app.add_option("--root", options.root, "folder that holds share/shaders and share/data")
         ->type_name("FOLDER");
+    app.add_option("--title", options.title, "title of the picture [the name of the grid]")
+        ->type_name("TEXT");
+    app.add_option(
+           "--list-fonts", options.listFonts,
+           "print the pixel sizes of a font family that the X server offers, and no picture")
+        ->type_name("FAMILY");
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
@@ -83,7 +117,11 @@ bool parseOptions(int argc, char** argv, Options& options) {
         return false;
     }
     parseSize(options);
-    if (options.grid.empty()) options.grid = options.root + "/share/data/jacksboro.asc";
+    if (options.grid.empty()) {
+        options.grid = options.root + "/share/data/jacksboro.asc";
+        if (options.title.empty()) options.title = "Jacksboro Fault, Tennessee";
+    }
+    if (options.title.empty()) options.title = std::filesystem::path(options.grid).stem();
     if (options.frames == 0 && !options.window) options.frames = 16;
     return true;
 }
@@ -91,7 +129,7 @@ bool parseOptions(int argc, char** argv, Options& options) {
 std::string row(const std::string& what, const std::string& built, const std::string& found,
                 const std::string& deleted) {
     char line[160];
-    std::snprintf(line, sizeof line, "  %-31s %-40s %-9s %s\n", what.c_str(), built.c_str(),
+    std::snprintf(line, sizeof line, "  %-36s %-40s %-9s %s\n", what.c_str(), built.c_str(),
                   found.c_str(), deleted.c_str());
     return line;
 }
@@ -104,7 +142,7 @@ std::string countDeleted(const std::vector<GlObject>& objects) {
 }
 
 std::string listNames(const std::vector<GlObject>& objects) {
-    static const char* const kKinds[] = {"shader ", "program ", "buffer "};
+    static const char* const kKinds[] = {"shader ", "program ", "buffer ", "texture "};
     std::string list;
     for (const GlObject& object : objects)
         list += (list.empty() ? "" : ", ") + std::string(kKinds[object.kind]) +
@@ -115,54 +153,78 @@ std::string listNames(const std::vector<GlObject>& objects) {
 // One half of the picture, or one of the windows, with its own context on its own thread.
 class Side {
 public:
-    Side(const View& view, const Options& options, int x, int width)
-        : mView(view), mOptions(options), mX(x), mWidth(width) {}
+    Side(const View& view, const Options& options, std::string title, int x, int width)
+        : mView(view), mOptions(options), mTitle(std::move(title)), mX(x), mWidth(width) {}
 
     // Draws until all frames are drawn or somebody wants to stop. @return what was built, found
     // and deleted
-    std::string draw(const TerrainMesh& mesh, Picture& picture, Progress& progress) const {
+    std::string draw(const TerrainMesh& mesh, ColourTable& colours, Picture& picture,
+                     Progress& progress) const {
         GlxSurface surface(mOptions.window, std::string("kygl gallery, ") + mView.name, mX, mWidth,
                            mOptions.height);
         kyglSetContext(mView.context);
         if (!kyglGLSLAvailable(mView.context)) throw std::runtime_error("this OpenGL has no GLSL");
         if (!kyglVBOsAvailable(mView.context))
             throw std::runtime_error("this OpenGL has no vertex buffer objects");
-        auto scene = std::make_unique<TerrainScene>(mesh, mView);
-        if (mOptions.window)
-            drawLive(*scene, surface, progress);
-        else
-            drawStill(*scene, surface, progress, picture);
+        auto scene = std::make_unique<TerrainScene>(mesh, mView, colours);
+        {
+            Annotations annotations(mesh, mView, colours, mTitle);
+            if (mOptions.window)
+                drawLive(*scene, annotations, colours, surface, progress);
+            else
+                drawStill(*scene, annotations, colours, surface, progress, picture);
+        }
         const std::array<TerrainScene::Pass, 3> passes = scene->passes();
         const std::vector<GlObject> buffers = scene->buffers();
+        const std::vector<GlObject> textures = scene->textures();
         scene.reset();
+        progress.meet(progress.atEnd);
+        colours.release();
         KyDeferredDeleteMap::deferredDelete(mView.context);
-        return report(passes, buffers);
+        return report(passes, buffers, textures);
     }
 
 private:
-    void drawStill(TerrainScene& scene, GlxSurface& surface, Progress& progress,
-                   Picture& picture) const {
+    // Both sides draw in both tables, and change between two frames at the same time. The picture
+    // is taken of one table, and one frame is enough to draw of the other.
+    void drawStill(TerrainScene& scene, Annotations& annotations, ColourTable& colours,
+                   GlxSurface& surface, Progress& progress, Picture& picture) const {
         Exposure exposure(mWidth, mOptions.height);
-        for (long frame = 1; frame <= mOptions.frames; ++frame) {
-            if (progress.stop) return;
-            scene.draw(0, Exposure::shift(frame, 2), Exposure::shift(frame, 3), surface.width(),
-                       surface.height());
-            exposure.add();
-            endFrame(surface, progress);
+        for (int table = 0; table < ColourTable::kTables; ++table) {
+            if (table > 0) progress.meet(progress.atChange);
+            colours.show(table);
+            const bool taken = table == mView.table;
+            for (long i = 1; i <= (taken ? mOptions.frames : 1); ++i) {
+                if (progress.stop) return;
+                const Frame frame = {surface.width(), surface.height(), 0, Exposure::shift(i, 2),
+                                     Exposure::shift(i, 3)};
+                drawFrame(scene, annotations, frame);
+                if (taken) exposure.add();
+                endFrame(surface, progress);
+            }
         }
         exposure.copyTo(picture, mX);
     }
 
-    void drawLive(TerrainScene& scene, GlxSurface& surface, Progress& progress) const {
+    // Here the table changes every few seconds, when either side finds that it is time.
+    void drawLive(TerrainScene& scene, Annotations& annotations, ColourTable& colours,
+                  GlxSurface& surface, Progress& progress) const {
         const Clock::time_point start = Clock::now();
         for (long frame = 0; !progress.stop && (mOptions.frames == 0 || frame < mOptions.frames);
              ++frame) {
             const std::chrono::duration<float> time = Clock::now() - start;
-            scene.draw(std::sin(time.count() / 3), 0, 0, surface.width(), surface.height());
+            colours.show(static_cast<int>(time.count() / 5) % ColourTable::kTables);
+            drawFrame(scene, annotations,
+                      {surface.width(), surface.height(), std::sin(time.count() / 3)});
             endFrame(surface, progress);
             if (surface.wantsToEnd()) progress.stop = true;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
+    }
+
+    static void drawFrame(TerrainScene& scene, Annotations& annotations, const Frame& frame) {
+        scene.draw(frame, Annotations::stage(frame.width, frame.height));
+        annotations.draw(scene, frame);
     }
 
     void endFrame(GlxSurface& surface, Progress& progress) const {
@@ -171,11 +233,13 @@ private:
         if (result.failed())
             throw std::runtime_error("OpenGL error " + std::to_string(result.code()) + " on the " +
                                      mView.name + " side");
+        KyDeferredDeleteMap::deferredDelete(mView.context);
         ++progress.framesDrawn;
     }
 
     std::string report(const std::array<TerrainScene::Pass, 3>& passes,
-                       const std::vector<GlObject>& buffers) const {
+                       const std::vector<GlObject>& buffers,
+                       const std::vector<GlObject>& textures) const {
         std::string text = std::string(mView.name) + " side, GL context " +
                            std::to_string(mView.context) + "\n" +
                            row("macros", "built", "found", "deleted");
@@ -183,11 +247,13 @@ private:
             text += row(pass.macros,
                         "frame " + std::to_string(pass.frameBuilt) + ": " + listNames(pass.objects),
                         std::to_string(pass.timesFound) + " times", countDeleted(pass.objects));
-        return text + row("(vertices and indices)", listNames(buffers), "", countDeleted(buffers));
+        return text + row("(vertices and indices)", listNames(buffers), "", countDeleted(buffers)) +
+               row("(colour tables)", listNames(textures), "", countDeleted(textures));
     }
 
     const View& mView;
     const Options& mOptions;
+    std::string mTitle;
     int mX;
     int mWidth;
 };
@@ -202,7 +268,7 @@ void waitFor(const std::vector<std::future<std::string>>& sides, const Options& 
         while (side.wait_for(std::chrono::milliseconds(100)) != std::future_status::ready) {
             if (!talks || Clock::now() - start < std::chrono::seconds(1)) continue;
             std::fprintf(stderr, "\rdrew %ld of %ld frames", progress.framesDrawn.load(),
-                         2 * options.frames);
+                         2 * (options.frames + ColourTable::kTables - 1));
             talked = true;
         }
     }
@@ -217,14 +283,16 @@ void run(const Options& options) {
     GlxSurface::prepareThreads();
 
     const int half = options.width / 2;
-    const Side both[] = {{kLeft, options, 0, half}, {kRight, options, half, options.width - half}};
+    const Side both[] = {{kLeft, options, options.title, 0, half},
+                         {kRight, options, "Cut open", half, options.width - half}};
+    ColourTable colours;
     Picture picture(options.width, options.height);
     Progress progress;
     std::vector<std::future<std::string>> reports;
     for (const Side& side : both) {
         reports.push_back(std::async(std::launch::async, [&] {
             try {
-                return side.draw(mesh, picture, progress);
+                return side.draw(mesh, colours, picture, progress);
             } catch (...) {
                 progress.stop = true;
                 throw;
@@ -245,7 +313,11 @@ void run(const Options& options) {
 int main(int argc, char** argv) {
     try {
         Options options;
-        if (parseOptions(argc, argv, options)) run(options);
+        if (!parseOptions(argc, argv, options)) return 0;
+        if (options.listFonts.empty())
+            run(options);
+        else
+            listFonts(options.listFonts);
         return 0;
     } catch (const std::exception& e) {
         std::fprintf(stderr, "gallery: %s\n", e.what());
