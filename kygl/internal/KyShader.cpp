@@ -72,11 +72,9 @@ void KyShader::compileCaching(unsigned int context) {
 }
 
 KyString KyShader::loadFromFile() {
-    if (mSource.length() == 0) {
-        const KyString path = mFolderPath + "/share/shaders/" + mFolderName + "/" + mFileName;
-        mSource = loadShader(path.dataPtr()).c_str();
-    }
-    return mParameters.getDefineMacros() + mSource;
+    if (mSource.length() == 0)
+        mSource = loadShader(shaderPath(mFolderPath, mFolderName, mFileName).dataPtr());
+    return shaderText(mParameters, mSource);
 }
 
 // A caching shader's name belongs to one of its entries, which queues it itself.

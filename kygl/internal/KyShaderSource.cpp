@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <fstream>
-#include <string_view>
+#include <string>
 
 namespace {
 
@@ -12,11 +12,16 @@ constexpr std::string_view kDirective = "#include";
 constexpr long kMaxDepth = 64;
 constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
 
+struct FileText {
+    KyShaderRead outcome;
+    std::string text;
+};
+
 // A line feed in front of each line and none at the end, whatever the file ends in. A file of more
 // than `bytesLeft` counts as one that cannot be read and uses them up all the same: a device or a
 // runaway log is read once, however often it is named.
-std::string loadFile(const char* path, std::size_t& bytesLeft) {
-    if (bytesLeft == 0) return std::string();
+FileText loadFile(const char* path, std::size_t& bytesLeft) {
+    if (bytesLeft == 0) return {KyShaderRead::TooMuch, {}};
     std::ifstream file(path, std::ios_base::in);
     std::string text(1, '\n');
     char chunk[16384];
@@ -25,13 +30,16 @@ std::string loadFile(const char* path, std::size_t& bytesLeft) {
         text.append(chunk, static_cast<std::size_t>(file.gcount()));
         if (text.size() - 1 > bytesLeft) {
             bytesLeft = 0;
-            return std::string();
+            return {KyShaderRead::TooMuch, {}};
         }
     }
     bytesLeft -= text.size() - 1;
-    if (text.size() == 1) return std::string();
+    if (text.size() == 1) {
+        const bool read = file.is_open() && !file.bad();  // a folder opens, and reads badly
+        return {read ? KyShaderRead::Done : KyShaderRead::CannotRead, {}};
+    }
     if (text.back() == '\n') text.pop_back();
-    return text;
+    return {KyShaderRead::Done, std::move(text)};
 }
 
 // Text that shrinks and grows at its front: it lies at the end of its buffer.
@@ -75,8 +83,8 @@ std::string includeFolder(std::string_view path) {
 // go back further than a directive could reach into it.
 class Expansion {
 public:
-    explicit Expansion(const char* path)
-        : mFolder(includeFolder(path)), mRest(loadFile(path, mBytesLeft)) {}
+    Expansion(const char* path, KyShaderSourceObserver* observer)
+        : mObserver(observer), mFolder(includeFolder(path)), mRest(read(path)) {}
 
     std::string run() {
         while (true) {
@@ -84,13 +92,15 @@ public:
             finish(std::min(at, mRest.size()));
             if (at == std::string_view::npos) return std::move(mDone);
             leaveEndedFiles();
-            const std::string name = takeDirective();
-            insert(mOpenFiles.size < kMaxDepth ? read(name) : std::string());
+            const std::string path = mFolder + takeDirective();
+            insert(read(path.c_str()));
+            searchAgain();
         }
     }
 
 private:
     void finish(std::size_t count) {
+        if (mObserver != nullptr) mObserver->finished(count);
         mDone.append(mRest.view().substr(0, count));
         mRest.drop(count);
     }
@@ -101,23 +111,32 @@ private:
         const std::string_view rest = mRest.view();
         const std::size_t open = std::min(rest.find('"'), rest.size() - 1);
         const std::size_t close = std::min(rest.find('"', open + 1), rest.size());
+        const std::size_t end = std::min(close + 1, rest.size());
         std::string name(rest.substr(open + 1, close - open - 1));
-        mRest.drop(std::min(close + 1, rest.size()));
+        if (mObserver != nullptr) mObserver->directive(rest.substr(0, end), name);
+        mRest.drop(end);
         return name;
     }
 
-    std::string read(const std::string& name) {
-        return loadFile((mFolder + name).c_str(), mBytesLeft);
+    std::string read(const char* path) {
+        FileText file = mOpenFiles.size < kMaxDepth ? loadFile(path, mBytesLeft)
+                                                    : FileText{KyShaderRead::TooDeep, {}};
+        if (mObserver != nullptr) mObserver->file(path, file.text, file.outcome);
+        return std::move(file.text);
     }
 
-    // A directive may come together anew from the end of what is done, the inserted text and what
-    // follows it, so all but one of a directive's bytes are searched once more.
     void insert(const std::string& text) {
         for (long i = 0; i < mOpenFiles.size; ++i)
             mOpenFiles[i] = std::min(mOpenFiles[i], mRest.size());
         if (!text.empty()) mOpenFiles.append(mRest.size());
         mRest.prepend(text);
+    }
+
+    // A directive may come together anew from the end of what is done, the inserted text and what
+    // follows it, so all but one of a directive's bytes are searched once more.
+    void searchAgain() {
         const std::size_t back = std::min(mDone.size(), kDirective.size() - 1);
+        if (mObserver != nullptr) mObserver->searchAgain(back);
         mRest.prepend(std::string_view(mDone).substr(mDone.size() - back));
         mDone.resize(mDone.size() - back);
     }
@@ -127,15 +146,24 @@ private:
             mOpenFiles.remove(mOpenFiles.size - 1);
     }
 
+    KyShaderSourceObserver* mObserver;   // may be null
     std::size_t mBytesLeft = kMaxBytes;  // that may still be read
+    KyDArray<std::size_t> mOpenFiles;    // for each file that we are in: the text behind it
     std::string mFolder;
     std::string mDone;
     RestOfText mRest;
-    KyDArray<std::size_t> mOpenFiles;  // for each file that we are in: the text behind it
 };
 
 }  // namespace
 
-std::string loadShader(const char* path) {
-    return Expansion(path).run();
+KyString shaderPath(const KyString& root, const KyString& folder, const KyString& file) {
+    return root + "/share/shaders/" + folder + "/" + file;
+}
+
+KyString loadShader(const char* path, KyShaderSourceObserver* observer) {
+    return Expansion(path, observer).run().c_str();
+}
+
+KyString shaderText(const KyShaderParametersMacros& macros, const KyString& source) {
+    return macros.getDefineMacros() + source;
 }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Message.h"
+#include "ProgramList.h"
+
+#include <string>
+#include <vector>
+
+struct ExpandOptions {
+    std::string root;
+    std::string file;
+    std::vector<std::string> macros;
+    std::string output;  // empty: standard output
+    std::string deps;    // empty: none
+    bool lines = false;
+};
+
+struct CheckOptions {
+    std::string root;
+    std::vector<std::string> macros;  // in front of those of every program
+    bool raw = false;
+    bool json = false;
+    bool table = false;
+};
+
+/// Each returns the exit status, 0 or 1, and throws a `UsageError` for 2.
+///@{
+int expand(const ExpandOptions& options);
+int check(const std::vector<Program>& programs, const CheckOptions& options);
+///@}

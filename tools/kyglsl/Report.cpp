@@ -1,0 +1,149 @@
+#include "Report.h"
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+bool isWarning(const Message& message) {
+    return message.severity == "warning";
+}
+
+void printRow(std::FILE* out, long builds, long failures, long warned, const std::string& name) {
+    std::fprintf(out, "%8ld %8ld %8ld %8ld  %s\n", builds, builds - failures, failures, warned,
+                 name.c_str());
+}
+
+// How many bytes of well-formed UTF-8 stand at the beginning of a character; 0 for anything else.
+std::size_t utf8Length(const std::string& text, std::size_t at) {
+    const auto byte = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned int first = byte(at);
+    if (first < 0x80) return 1;
+    const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (length == 0 || first > 0xF4) return 0;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((byte(at + i) & 0xC0) != 0x80) return 0;
+    const unsigned int second = byte(at + 1);  // no long forms, surrogates or numbers too large
+    const bool bad = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
+                     (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
+    return bad ? 0 : length;
+}
+
+// Drivers quote what stands in a file; what is no UTF-8 there becomes the replacement character.
+std::string json(const std::string& text) {
+    std::string out = "\"";
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = utf8Length(text, i);
+        const char c = text[i];
+        if (length == 0) {
+            out += "\\ufffd";
+        } else if (length == 1 && static_cast<unsigned char>(c) < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned int>(c));
+            out += escape;
+        } else {
+            if (c == '"' || c == '\\') out += '\\';
+            out.append(text, i, length);
+        }
+        i += std::max<std::size_t>(length, 1);
+    }
+    return out + '"';
+}
+
+std::string json(const Message& message) {
+    return "{\"file\": " + json(message.place.file) +
+           ", \"line\": " + std::to_string(message.place.line) +
+           ", \"severity\": " + json(message.severity) + ", \"text\": " + json(message.text) + "}";
+}
+
+template <typename Item, typename Function>
+std::string jsonList(const std::vector<Item>& items, const char* separator, Function function) {
+    std::string out;
+    for (const Item& item : items)
+        out += (out.empty() ? "" : separator) + function(item);
+    return "[" + out + "]";
+}
+
+std::string json(const VariantReport& variant) {
+    const auto ofText = [](const std::string& text) { return json(text); };
+    const auto ofMessage = [](const Message& message) { return json(message); };
+    return "{\"macros\": " + jsonList(variant.macros, ", ", ofText) +
+           ", \"good\": " + (variant.good ? "true" : "false") +
+           ", \"messages\": " + jsonList(variant.messages, ", ", ofMessage) +
+           (variant.rawLog.empty() ? "" : ", \"log\": " + json(variant.rawLog)) + "}";
+}
+
+std::string json(const ProgramReport& program) {
+    const auto ofVariant = [](const VariantReport& variant) { return json(variant); };
+    return "{\"vertex\": " + json(program.vertex) + ", \"fragment\": " + json(program.fragment) +
+           ", \"variants\": " + jsonList(program.variants, ",\n  ", ofVariant) + "}";
+}
+
+}  // namespace
+
+long ProgramReport::failures() const {
+    return std::count_if(variants.begin(), variants.end(),
+                         [](const VariantReport& variant) { return !variant.good; });
+}
+
+long ProgramReport::withWarnings() const {
+    return std::count_if(variants.begin(), variants.end(), [](const VariantReport& variant) {
+        return variant.good &&
+               std::any_of(variant.messages.begin(), variant.messages.end(), isWarning);
+    });
+}
+
+void printMessages(std::FILE* out, const ProgramReport& program) {
+    struct Once {
+        const Message* message;
+        const VariantReport* first;
+        const VariantReport* last;
+        long count;
+    };
+    std::vector<Once> all;
+    std::map<std::string, std::size_t> known;
+    for (const VariantReport& variant : program.variants) {
+        for (const Message& message : variant.messages) {
+            const auto [found, isNew] = known.emplace(toString(message), all.size());
+            if (isNew) all.push_back({&message, &variant, nullptr, 0});
+            Once& once = all[found->second];
+            if (once.last != &variant) ++once.count;
+            once.last = &variant;
+        }
+    }
+    for (const Once& once : all) {
+        std::fputs(toString(*once.message).c_str(), out);
+        const auto variants = static_cast<long>(program.variants.size());
+        if (once.count < variants)
+            std::fprintf(out, " [%ld of %ld macro sets, first: %s]", once.count, variants,
+                         once.first->macros.empty() ? "none" : once.first->macroNames.c_str());
+        std::fputc('\n', out);
+    }
+}
+
+void printTable(std::FILE* out, const std::vector<ProgramReport>& programs) {
+    std::fprintf(out, "%8s %8s %8s %8s  %s\n", "variants", "good", "failed", "warned", "program");
+    long builds = 0;
+    long failures = 0;
+    long warned = 0;
+    for (const ProgramReport& program : programs) {
+        const auto count = static_cast<long>(program.variants.size());
+        printRow(out, count, program.failures(), program.withWarnings(),
+                 program.vertex + " " + program.fragment);
+        builds += count;
+        failures += program.failures();
+        warned += program.withWarnings();
+    }
+    printRow(out, builds, failures, warned, "in all");
+}
+
+void printJson(std::FILE* out, const std::vector<ProgramReport>& programs,
+               const std::vector<Message>& warnings) {
+    const auto ofProgram = [](const ProgramReport& program) { return json(program); };
+    const auto ofMessage = [](const Message& message) { return json(message); };
+    std::fprintf(out, "{\"programs\": %s,\n\"warnings\": %s}\n",
+                 jsonList(programs, ",\n ", ofProgram).c_str(),
+                 jsonList(warnings, ",\n ", ofMessage).c_str());
+}

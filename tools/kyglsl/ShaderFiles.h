@@ -1,0 +1,21 @@
+#pragma once
+
+#include "ExpandedFile.h"
+
+#include <map>
+#include <string>
+
+/// Shader files by the names that the user gives, each read and expanded once.
+class ShaderFiles {
+public:
+    /// @param root as `KyShader::mFolderPath`: names are looked for below its "share/shaders". With
+    ///     an empty one they are paths
+    explicit ShaderFiles(std::string root) : mRoot(std::move(root)) {}
+
+    /// Throws a `UsageError` when the file cannot be read.
+    const ExpandedFile& get(const std::string& name);
+
+private:
+    std::string mRoot;
+    std::map<std::string, ExpandedFile> mFiles;
+};
