@@ -1,14 +1,15 @@
 #define GL_GLEXT_PROTOTYPES
 #include "TerrainScene.h"
 
+#include "BuildFailure.h"
 #include "Numbers.h"
-#include "ShaderFiles.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
 
 #include <algorithm>
 #include <cmath>
 #include <regex>
+#include <stdexcept>
 
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -16,8 +17,6 @@
 namespace {
 
 constexpr float kRadians = 3.14159265F / 180;
-constexpr char kVertexFile[] = "terrain.vert";
-constexpr char kFragmentFile[] = "terrain.frag";
 constexpr float kContours = 20;  // at most
 constexpr std::size_t kBackdrop = 0;
 constexpr std::size_t kSurface = 1;
@@ -89,9 +88,7 @@ private:
 
 TerrainScene::TerrainScene(const TerrainMesh& mesh, const View& view, ColourTable& colours)
     : mMesh(mesh), mView(view), mColours(colours) {
-    checkShaderFile(kVertexFile);
-    checkShaderFile(kFragmentFile);
-    mProgram.create(kVertexFile, kFragmentFile, kShaderFolder);
+    mProgram.create("terrain.vert", "terrain.frag", "gallery");
     setMacros();
     setConstants();
     fillBuffer(GL_ARRAY_BUFFER, mesh.vertices);
@@ -238,8 +235,7 @@ void TerrainScene::apply(std::size_t index) {
     const std::vector<GlObject>& created = createdGlObjects();
     const std::size_t before = created.size();
     mProgram.setParameter(mMacros[index]);
-    if (!mProgram.compile(mView.context))
-        explainFailure(kVertexFile, kFragmentFile, mMacros[index]);
+    if (!mProgram.compile(mView.context)) throw std::runtime_error(lastBuildFailure());
     mProgram.apply(mView.context);
     pass.objects.insert(pass.objects.end(), created.begin() + static_cast<std::ptrdiff_t>(before),
                         created.end());

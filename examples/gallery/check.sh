@@ -135,21 +135,16 @@ check_display() {
         refused "this OpenGL has no ARB assembly programs"
 
     shader_tree
-    rm "$shaders/terrain.frag"
-    refused "gallery: $shaders/terrain.frag: cannot be read or is empty" --root "$work"
-    shader_tree
-    rm "$shaders/strata.glsl"
-    line=$(grep -n strata.glsl "$shaders/terrain.frag" | cut -d: -f1)
-    refused "$shaders/terrain.frag:$line: $shaders/strata.glsl: cannot be read" --root "$work"
-    shader_tree
     sed -i '3i vec3 wrong = nothing;' "$shaders/cut.glsl"
-    refused "$shaders/cut.glsl:3: does not compile: error:" --root "$work"
+    refused "terrain.frag: does not compile: Shader Error: 0:" --root "$work"
+    grep -qF "; kyglsl check --root '$work' gallery/terrain.vert gallery/terrain.frag -D 'BACKDROP' tells" \
+        "$work/stderr" || failed "no command to look further"
     shader_tree
     sed -i 's/void main/void other/' "$shaders/terrain.vert"
-    refused "terrain.vert and terrain.frag: do not link: error:" --root "$work"
+    refused "terrain.vert and terrain.frag: do not link: Shader Error: error:" --root "$work"
     shader_tree
-    echo '#include "light.glsl"' >>"$shaders/light.glsl"
-    refused "$shaders/light.glsl:" --root "$work"
+    rm "$shaders/terrain.frag"
+    refused "terrain.frag: does not compile:" --root "$work"
 }
 
 "check_$mode"

@@ -4,6 +4,7 @@
 /// both as one picture or shows them in two windows, and tells what `KyShaderProgram` built and
 /// found and what the drains of `KyDeferredDeleteMap` deleted.
 #include "Annotations.h"
+#include "BuildFailure.h"
 #include "GlxSurface.h"
 #include "Picture.h"
 #include "TerrainScene.h"
@@ -279,6 +280,7 @@ void run(const Options& options) {
     if (!options.window) checkWritable(options.out);
     const TerrainMesh mesh(readGrid(options.grid));
     KyShader::mFolderPath = options.root.c_str();
+    watchBuilds();
     watchGlObjects();
     GlxSurface::prepareThreads();
 
