@@ -72,8 +72,9 @@ public:
 
     /// Makes a font current in the calling thread's context, loading it the first time. Where the
     /// server lacks the family, any family of that size, weight and slant is taken. A font that
-    /// cannot be loaded becomes current all the same, so that text disappears, and the server is
-    /// not asked for it again until `cleanUp`.
+    /// cannot be loaded becomes current all the same, so that text disappears and extents are 0,
+    /// and the server is not asked for it again until `cleanUp`. Italic asks for the slant "i"; a
+    /// family that is oblique instead, such as Adobe's helvetica, counts as lacking it.
     ///
     /// A font that is loaded while no GLX context is current, or with TWILAN_KYGLTEXT_NOGL true in
     /// the environment (see `KyEnvironment::getBool`), has no display lists, and `textExtent`

@@ -43,9 +43,10 @@ public:
     /// call, no allocation and no lock.
     ///
     /// A failed link writes one line with the driver's log to standard output, at every attempt; a
-    /// failed compile writes nothing. Failures are not cached: the next call tries again. A caching
-    /// technique keeps the fields of its last success, so the last good program stays in use, even
-    /// if it was built for another context.
+    /// failed compile writes nothing. Failures are not cached: the next call tries again, and a
+    /// caching technique compiles a stage that fails twice in each. A caching technique keeps the
+    /// fields of its last success, so the last good program stays in use, even if it was built for
+    /// another context.
     /// @return whether there is a program for `context` now
     bool compile(unsigned int context);
 

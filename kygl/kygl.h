@@ -50,8 +50,9 @@ KYGL_API unsigned int kyglGetContext();
 KYGL_API void kyglInitContext();
 
 /// Forgets `id` and releases its record, unless it is the calling thread's current one: then
-/// nothing happens. The caller sees to it that no other thread has it as its current one. Names
-/// that wait for deletion under this id stay queued.
+/// nothing happens. The caller sees to it that no other thread has it as its current one. A
+/// thread without a record gets one first, as from `kyglGetContext`. Names that wait for deletion
+/// under this id stay queued.
 KYGL_API void kyglClearContext(unsigned int id);
 
 /// Forgets every id and releases every record, that of the calling thread too. No other thread may
