@@ -22,7 +22,8 @@ class KyResult;
 ///
 /// A shader belongs to one thread at a time, and `compile` runs with the GL context of its
 /// argument current; neither is checked. GL objects are never deleted here: they go to
-/// `KyDeferredDeleteMap` under their own context. A shader reports nothing; failure is the name 0.
+/// `KyDeferredDeleteMap` under their own context. Failure is the name 0; what is reported is a GL
+/// error that is left over behind a compile, and one of fetching its log.
 /// Have GLSL checked first (`kyglGLSLAvailable`): without it a compile fails or does nothing, as
 /// the driver pleases.
 class KYGL_API KyShader {
@@ -64,10 +65,11 @@ public:
     /// are not seen by this object. A file that cannot be read gives the macro lines alone.
     ///
     /// `#include "name"` is replaced by the file `name` beside the top-level file, wherever the
-    /// directive stands, comments included; a file that cannot be read gives nothing. Includes may
-    /// nest 64 deep, and one expansion reads at most 16 MiB; a file that does not fit into what
-    /// is left of that counts as one that cannot be read and uses it up. Past either bound a
-    /// directive is replaced by nothing and the expansion goes on.
+    /// directive stands, comments included; a file that cannot be read gives nothing, and neither
+    /// does one that would include itself, directly or through others, without an end. Includes may
+    /// nest 64 deep, and one expansion reads at most 16 MiB; a file that does not fit into what is
+    /// left of that counts as one that cannot be read and uses it up. Past either bound a directive
+    /// is replaced by nothing and the expansion goes on.
     KyString loadFromFile();
 
     /// Lets go of the GL object. That of a direct shader is queued for deletion in its context; one
@@ -110,9 +112,8 @@ public:
     /// What `setBuildObserver` takes: a function that is told of one build.
     using BuildObserver = void (*)(const Build& build);
 
-    /// Tells `observer` from now on of each compile and each link of shaders and
-    /// techniques that really happens; null, as at
-    /// start, tells nobody, and then each build costs one load more.
+    /// Sends word of each compile and each link that shaders and techniques really do to `observer`
+    /// from now on; null, as at start, turns that off, and then each build costs one load more.
     ///
     /// It is called on the thread that builds, when the object that was built has its new state,
     /// and with no lock held; several threads may call it at once. It may use the GL as it finds

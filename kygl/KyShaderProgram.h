@@ -27,10 +27,10 @@ class KyShaderUniform;
 /// when the program dies, on whatever thread that happens.
 ///
 /// A program belongs to one thread at a time. `compile` and `apply` run with the GL context of
-/// their argument current; that is not checked. Nothing here reports: failure is `false`, null
-/// or -1, and a failed link writes a line to standard output. Before `create`, and after
-/// `deleteProgram`, each operation but `unUse` gives the value that it gives for failure and does
-/// nothing else.
+/// their argument current; that is not checked. Failure is `false`, null or -1, and a failed link
+/// writes a line to standard output; only GL errors around a build and of the value of a uniform
+/// are reported. Before `create`, and after `deleteProgram`, each operation but `unUse` gives the
+/// value that it gives for failure and does nothing else.
 class KYGL_API KyShaderProgram {
 public:
     KyShaderProgram() = default;

@@ -59,12 +59,24 @@ TEST_F(ShaderSourceTest, everyRuleOfTheFormat) {
         {"a backslash before a slash", "#include \"in\"", "\n\nB", "d\\e/top"},
         {"comes together over nothing", "#incl#include \"no\"ude \"in\"", "\n\nI"},
         {"comes together over a file's end", "#include \"part\" \"in\"", "\n\n\nI"},
+        {"the same of a file that we are in", "#include \"part\" \"part\"z", "\n\n\n"},
+        {"a file twice", "#include \"in\"#include \"in\"", "\n\nI\nI"},
+        {"a file in itself", "a#include \"top\"b#include \"top\"c", "\nabc"},
+        {"a file in itself through others", "a#include \"x/c\"#include \"x/c\"b",
+         "\na\nd\nzeI\nd\nzeIb"},
     };
     for (const char* const folder : {"x/s", "d\\e"})
         std::filesystem::create_directories(tree.path(folder));
-    const std::string files[][2] = {{"in", "I\n"},  {"nul", "c\0d"s}, {"part", "#include"},
-                                    {"x/y", "Y"},   {"x/s/y", "no"},  {"x/s/n", "#include \"y\""},
-                                    {"d\\in", "B"}, {"d\\e/in", "no"}};
+    const std::string files[][2] = {{"in", "I\n"},
+                                    {"nul", "c\0d"s},
+                                    {"part", "#include"},
+                                    {"x/y", "Y"},
+                                    {"x/s/y", "no"},
+                                    {"x/s/n", "#include \"y\""},
+                                    {"d\\in", "B"},
+                                    {"d\\e/in", "no"},
+                                    {"x/c", "d#include \"x/d\"eI"},
+                                    {"x/d", "#include \"x/c\"z#include \"top\""}};
     for (const auto& [name, text] : files)
         tree.write(name, text);
     for (const auto& each : cases) {
@@ -122,13 +134,17 @@ TEST_F(ShaderSourceTest, shortcutsOfTheSearchNeverShow) {
 
 TEST_F(ShaderSourceTest, pastTheBoundsADirectiveGivesNothingAndTheTextIsFinished) {
     constexpr std::size_t kMiB = std::size_t{1} << 20;
-    tree.write("self", "x#include \"self\"y");
-    EXPECT_EQ(load("self"), times(65, "\nx") + times(65, "y"));
-    tree.write("twice", "x#include \"twice\"#include \"twice\"" + times(1000, "y"));
-    const std::string twice = load("twice");
-    EXPECT_EQ(twice.find("#include"), std::string::npos);
-    EXPECT_EQ(twice.back(), 'y');
-    EXPECT_TRUE(twice.size() > 15 * kMiB && twice.size() <= 16 * kMiB) << twice.size();
+    for (int i = 0; i < 70; ++i) {
+        const std::string next = "#include \"deep" + std::to_string(i + 1) + '"';
+        tree.write("deep" + std::to_string(i), 'x' + next + 'y');
+        tree.write("wide" + std::to_string(i),
+                   times(2, "#include \"wide" + std::to_string(i + 1) + '"') + 'y');
+    }
+    EXPECT_EQ(load("deep0"), times(65, "\nx") + times(65, "y"));
+    tree.write("wide14", times(1000, "y"));
+    const std::string wide = load("wide0");
+    EXPECT_EQ(wide.find("#include"), std::string::npos);
+    EXPECT_TRUE(wide.size() > 15 * kMiB && wide.size() <= 16 * kMiB) << wide.size();
     tree.write("huge", std::string(16 * kMiB + 1, 'x'));
     tree.write("top", "a#include \"small\"b#include \"huge\"c#include \"small\"");
     tree.write("small", "s");

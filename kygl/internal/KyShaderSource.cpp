@@ -1,15 +1,14 @@
 #include "KyShaderSource.h"
 
-#include <kygl/containers/KyDArray.h>
-
 #include <algorithm>
 #include <fstream>
 #include <string>
+#include <vector>
 
 namespace {
 
 constexpr std::string_view kDirective = "#include";
-constexpr long kMaxDepth = 64;
+constexpr std::size_t kMaxDepth = 64;
 constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
 
 struct FileText {
@@ -45,8 +44,6 @@ FileText loadFile(const char* path, std::size_t& bytesLeft) {
 // Text that shrinks and grows at its front: it lies at the end of its buffer.
 class RestOfText {
 public:
-    explicit RestOfText(std::string text) : mBuffer(std::move(text)) {}
-
     std::string_view view() const { return std::string_view(mBuffer).substr(mBegin); }
     std::size_t size() const { return mBuffer.size() - mBegin; }
 
@@ -84,7 +81,9 @@ std::string includeFolder(std::string_view path) {
 class Expansion {
 public:
     Expansion(const char* path, KyShaderSourceObserver* observer)
-        : mObserver(observer), mFolder(includeFolder(path)), mRest(read(path)) {}
+        : mObserver(observer), mFolder(includeFolder(path)) {
+        insert(path, true);
+    }
 
     std::string run() {
         while (true) {
@@ -93,7 +92,7 @@ public:
             if (at == std::string_view::npos) return std::move(mDone);
             leaveEndedFiles();
             const std::string path = mFolder + takeDirective();
-            insert(read(path.c_str()));
+            insert(path, mRest.size() >= mOpenFiles.back().behind);
             searchAgain();
         }
     }
@@ -118,18 +117,30 @@ private:
         return name;
     }
 
-    std::string read(const char* path) {
-        FileText file = mOpenFiles.size < kMaxDepth ? loadFile(path, mBytesLeft)
-                                                    : FileText{KyShaderRead::TooDeep, {}};
-        if (mObserver != nullptr) mObserver->file(path, file.text, file.outcome);
-        return std::move(file.text);
+    // A file that we are in, by directives each of which stood in one file from its first character
+    // to its quotes, gives the same directives once more: without an end.
+    bool isEndless(const std::string& path, bool whole) const {
+        for (auto file = mOpenFiles.rbegin(); whole && file != mOpenFiles.rend(); ++file) {
+            if (file->path == path) return true;
+            whole = file->whole;
+        }
+        return false;
     }
 
-    void insert(const std::string& text) {
-        for (long i = 0; i < mOpenFiles.size; ++i)
-            mOpenFiles[i] = std::min(mOpenFiles[i], mRest.size());
-        if (!text.empty()) mOpenFiles.append(mRest.size());
-        mRest.prepend(text);
+    FileText read(const std::string& path, bool whole) {
+        if (isEndless(path, whole)) return {KyShaderRead::Endless, {}};
+        if (mOpenFiles.size() > kMaxDepth) return {KyShaderRead::TooDeep, {}};
+        return loadFile(path.c_str(), mBytesLeft);
+    }
+
+    // @param whole whether the directive stood in one file
+    void insert(const std::string& path, bool whole) {
+        const FileText file = read(path, whole);
+        if (mObserver != nullptr) mObserver->file(path.c_str(), file.text, file.outcome);
+        for (OpenFile& open : mOpenFiles)
+            open.behind = std::min(open.behind, mRest.size());
+        if (!file.text.empty()) mOpenFiles.push_back({mRest.size(), path, whole});
+        mRest.prepend(file.text);
     }
 
     // A directive may come together anew from the end of what is done, the inserted text and what
@@ -142,13 +153,19 @@ private:
     }
 
     void leaveEndedFiles() {
-        while (mOpenFiles.size > 0 && mRest.size() <= mOpenFiles[mOpenFiles.size - 1])
-            mOpenFiles.remove(mOpenFiles.size - 1);
+        while (!mOpenFiles.empty() && mRest.size() <= mOpenFiles.back().behind)
+            mOpenFiles.pop_back();
     }
+
+    struct OpenFile {
+        std::size_t behind;  // length of the text behind it
+        std::string path;
+        bool whole;  // the directive that named it stood in one file
+    };
 
     KyShaderSourceObserver* mObserver;   // may be null
     std::size_t mBytesLeft = kMaxBytes;  // that may still be read
-    KyDArray<std::size_t> mOpenFiles;    // for each file that we are in: the text behind it
+    std::vector<OpenFile> mOpenFiles;    // that we are in, from the top-level one inwards
     std::string mFolder;
     std::string mDone;
     RestOfText mRest;

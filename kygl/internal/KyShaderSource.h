@@ -11,6 +11,7 @@ enum class KyShaderRead {
     Done,        ///< all of it; it may be empty
     CannotRead,  ///< no such file, or none that gives a byte
     TooMuch,     ///< it does not fit into what one expansion may still read
+    Endless,     ///< not tried: the file includes itself, directly or through others
     TooDeep,     ///< not tried: its directive stands too deep in included files
 };
 
