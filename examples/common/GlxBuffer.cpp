@@ -13,6 +13,7 @@ GlxBuffer::GlxBuffer(int size) : mDisplay(XOpenDisplay(nullptr), XCloseDisplay) 
     const int attributes[] = {GLX_PBUFFER_WIDTH, size, GLX_PBUFFER_HEIGHT, size, None};
     mBuffer = glXCreatePbuffer(display, *configs, attributes);
     mContext = glXCreateNewContext(display, *configs, GLX_RGBA_TYPE, nullptr, True);
+    if (mContext == nullptr) throw std::runtime_error("no GL context");
     makeCurrent();
 }
 
@@ -24,5 +25,6 @@ GlxBuffer::~GlxBuffer() {
 }
 
 void GlxBuffer::makeCurrent() const {
-    glXMakeContextCurrent(mDisplay.get(), mBuffer, mBuffer, mContext);
+    if (glXMakeContextCurrent(mDisplay.get(), mBuffer, mBuffer, mContext) == False)
+        throw std::runtime_error("the GL context cannot be made current");
 }

@@ -14,6 +14,7 @@ public:
     GlxBuffer(const GlxBuffer&) = delete;
     GlxBuffer& operator=(const GlxBuffer&) = delete;
 
+    /// Throws `std::runtime_error`.
     void makeCurrent() const;
 
 private:

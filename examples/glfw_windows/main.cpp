@@ -61,7 +61,7 @@ public:
     }
 
     // @param picture null, or where the frame goes
-    void draw(KyShaderProgram& program, const char* macro, Picture* picture) const {
+    void draw(KyShaderProgram& program, const KyString& macro, Picture* picture) const {
         makeCurrent();
         int width = 0;
         int height = 0;
@@ -90,12 +90,15 @@ void show(const char* file) {
     const View right(2, "stripes", kSize);
     KyShaderProgram program;  // dies first; each window then deletes what was built for it
     program.create("waves.vert", "waves.frag", "examples");
+    const KyString rings("RINGS");  // made once: each call with a literal would allocate
+    const KyString stripes("STRIPES");
+    const KyString phase("phase");
     Picture picture(2 * kSize, kSize);
     Picture* const wanted = file != nullptr ? &picture : nullptr;
     do {
-        program.setUniform("phase", file != nullptr ? 0.5F : static_cast<float>(glfwGetTime()));
-        left.draw(program, "RINGS", wanted);
-        right.draw(program, "STRIPES", wanted);
+        program.setUniform(phase, file != nullptr ? 0.5F : static_cast<float>(glfwGetTime()));
+        left.draw(program, rings, wanted);
+        right.draw(program, stripes, wanted);
         glfwWaitEventsTimeout(0.01);
     } while (file == nullptr && left.isOpen() && right.isOpen());
     if (file != nullptr) picture.writePng(file);

@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <utility>
 
+#include <GL/glx.h>
+
 namespace {
 
 constexpr unsigned int kContext = 1;
@@ -23,13 +25,13 @@ void watch(const KyShader::Build& build) {
     if (build.result.failed()) std::fprintf(stderr, "qt_window: %s\n", build.result.text());
 }
 
-class Window : public QOpenGLWindow {
+class View : public QOpenGLWindow {
 public:
     // @param file empty, or where the first frame goes
-    explicit Window(QString file) : mFile(std::move(file)) {}
+    explicit View(QString file) : mFile(std::move(file)) {}
 
     // The context dies with the window. This is the last chance to delete what was built in it.
-    ~Window() override {
+    ~View() override {
         if (!isValid()) return;
         makeCurrent();
         mProgram.deleteProgram();
@@ -43,6 +45,8 @@ public:
 protected:
     // Qt calls these three with its context current.
     void initializeGL() override {
+        // Without GLX Qt takes EGL and says nothing, and there would be no text.
+        if (glXGetCurrentContext() == nullptr) return stop("no OpenGL by GLX");
         kyglSetContext(kContext);
         if (!kyglGLSLAvailable(kContext)) return stop("this OpenGL has no GLSL");
         mProgram.create("waves.vert", "waves.frag", "examples");
@@ -75,8 +79,7 @@ protected:
     }
 
 private:
-    // Closes the window, but not in the midst of a frame, which would take the context away from
-    // Qt. No exception may pass through Qt, so what went wrong is told later.
+    // Closes the window, behind the frame. Nothing may throw through Qt, so errors are told later.
     void stop(const char* error) {
         mError = error;
         QMetaObject::invokeMethod(this, "close", Qt::QueuedConnection);
@@ -87,13 +90,12 @@ private:
     const char* mError = "";
 };
 
-// @return "" or what went wrong
 const char* show(const QString& file) {
-    Window window(file);
-    window.resize(256, 256);
-    window.show();
+    View view(file);
+    view.resize(256, 256);
+    view.show();
     QGuiApplication::exec();
-    return window.error();
+    return view.error();
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 /// shader files. With --broken the fragment shader is one that no driver takes.
 ///
 ///     two_threads [--broken] PICTURE.png
+#include "common/GlxBuffer.h"
 #include "common/Picture.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -17,8 +18,6 @@
 #include <stdexcept>
 #include <string>
 
-#include <GL/glx.h>
-
 namespace {
 
 constexpr int kSize = 256;
@@ -30,41 +29,26 @@ std::atomic<int> sBuilds{0};       // by both threads
 thread_local std::string sWhyNot;  // of the last build on this thread that failed
 
 /// A GL context with a buffer to draw to, on an X connection of its own: no other thread uses that,
-/// so nothing of it needs a lock. Current on the thread that makes it, until it is destroyed there.
+/// so drawing needs no lock. Current on the thread that makes it, until it is destroyed there.
 class Surface {
 public:
-    explicit Surface(unsigned int id) : mId(id), mDisplay(nullptr, XCloseDisplay) {
+    explicit Surface(unsigned int id) : mId(id) {
         const std::lock_guard<std::mutex> hold(sOneByOne);
-        mDisplay.reset(XOpenDisplay(nullptr));
-        Display* const display = mDisplay.get();
-        if (display == nullptr) throw std::runtime_error("no X display");
-        const int wanted[] = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT, GLX_RED_SIZE, 8, None};
-        int count = 0;
-        const std::unique_ptr<GLXFBConfig, decltype(&XFree)> configs(
-            glXChooseFBConfig(display, DefaultScreen(display), wanted, &count), XFree);
-        if (count == 0) throw std::runtime_error("the X display has no GLX buffer to offer");
-        const int size[] = {GLX_PBUFFER_WIDTH, kSize, GLX_PBUFFER_HEIGHT, kSize, None};
-        mBuffer = glXCreatePbuffer(display, *configs, size);
-        mContext = glXCreateNewContext(display, *configs, GLX_RGBA_TYPE, nullptr, True);
-        glXMakeContextCurrent(display, mBuffer, mBuffer, mContext);
-        kyglSetContext(mId);  // for this thread; the first time, the context has to be current
+        mBuffer = std::make_unique<GlxBuffer>(kSize);
     }
 
     // The last chance to delete what died while the context lived. It has to be current for that.
     ~Surface() {
         KyDeferredDeleteMap::deferredDelete(mId);
         const std::lock_guard<std::mutex> hold(sOneByOne);
-        glXMakeContextCurrent(mDisplay.get(), None, None, nullptr);
-        glXDestroyContext(mDisplay.get(), mContext);
-        glXDestroyPbuffer(mDisplay.get(), mBuffer);
-        mDisplay.reset();
+        mBuffer.reset();
     }
+    Surface(const Surface&) = delete;
+    Surface& operator=(const Surface&) = delete;
 
 private:
     unsigned int mId;
-    std::unique_ptr<Display, decltype(&XCloseDisplay)> mDisplay;
-    GLXPbuffer mBuffer = None;
-    GLXContext mContext = nullptr;
+    std::unique_ptr<GlxBuffer> mBuffer;
 };
 
 // The library calls this on the thread that builds: on both at once if need be.
@@ -80,6 +64,7 @@ void watch(const KyShader::Build& build) {
 // one; it dies ahead of the surface, which deletes its GL objects.
 void draw(unsigned int context, const char* fragmentFile, const char* macro, Picture* picture) {
     const Surface surface(context);
+    kyglSetContext(context);  // for this thread; the first time, the context has to be current
     if (!kyglGLSLAvailable(context)) throw std::runtime_error("this OpenGL has no GLSL");
     KyShaderProgram program;
     program.create("waves.vert", fragmentFile, "examples");
