@@ -3,7 +3,7 @@
 # Every block of code names its file, and a part of it between two marks `//! [name]`; a part is
 # shown without the indentation of its marks:
 #
-#     <!-- docs/snippets/first.cpp [draw] -->
+#     <!-- docs/snippets/first/first.cpp [draw] -->
 #     ```cpp
 #
 # Usage, in the root of the tree: quote.sh check|update PAGE

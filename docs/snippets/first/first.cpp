@@ -29,6 +29,14 @@ bool makeContext(Display* display) {
     XFree(configs);
     return context != nullptr && glXMakeContextCurrent(display, buffer, buffer, context) != False;
 }
+
+void endContext(Display* display) {
+    GLXContext const context = glXGetCurrentContext();
+    const GLXDrawable buffer = glXGetCurrentDrawable();
+    glXMakeContextCurrent(display, None, None, nullptr);
+    glXDestroyContext(display, context);
+    glXDestroyPbuffer(display, buffer);
+}
 //! [context]
 
 //! [draw]
@@ -65,7 +73,10 @@ bool write(const char* path) {
 //! [tell]
 // The library says nothing by itself where a shader does not build.
 void tell(const KyShader::Build& build) {
-    if (build.result.failed()) std::fprintf(stderr, "first: %s\n", build.result.message());
+    if (build.result.ok()) return;
+    const char* const file =
+        build.fragment.file != nullptr ? build.fragment.file : build.vertex.file;
+    std::fprintf(stderr, "first: %s: %s\n", file, build.result.text());
 }
 //! [tell]
 
@@ -75,17 +86,15 @@ int main(int argc, char** argv) {
     KyShader::setBuildObserver(tell);
 
     Display* const display = XOpenDisplay(nullptr);
-    if (display == nullptr || !makeContext(display)) {
-        std::fputs("first: no display with OpenGL\n", stderr);
-        return 1;
+    const bool hasContext = display != nullptr && makeContext(display);
+    const bool good = hasContext && draw() && write("first.ppm");
+    if (hasContext) {
+        KyDeferredDeleteMap::deferredDelete(kContext);  // what the program left: it died in draw()
+        endContext(display);
     }
-    const bool good = draw() && write("first.ppm");
-
-    KyDeferredDeleteMap::deferredDelete(kContext);  // what the program left: it died in draw()
-    GLXContext const context = glXGetCurrentContext();
-    glXMakeContextCurrent(display, None, None, nullptr);
-    glXDestroyContext(display, context);
-    XCloseDisplay(display);
-    return good ? 0 : 1;
+    if (display != nullptr) XCloseDisplay(display);
+    if (good) return 0;
+    std::fputs(hasContext ? "first: no picture\n" : "first: no display with OpenGL\n", stderr);
+    return 1;
 }
 //! [main]
