@@ -10,6 +10,7 @@ target_compile_options(kygl_warnings INTERFACE
 # within itself.
 function(kygl_shared_library target)
   target_link_libraries(${target} PRIVATE kygl_warnings)
+  target_compile_features(${target} PUBLIC cxx_std_17)  # for its headers
   target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--no-undefined
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/hidden.map)
