@@ -54,32 +54,42 @@ public:
         }
         if (mOptions.json)
             printJson(stdout, mReports, mWarnings);
-        else if (mOptions.table)
+        else if (mOptions.isList)
             printTable(stdout, mReports);
         if (std::fflush(stdout) != 0) throw UsageError("standard output: cannot be written");
-        const auto failed = [](const ProgramReport& report) { return report.failures() > 0; };
-        return std::any_of(mReports.begin(), mReports.end(), failed) ? 1 : 0;
+        return status();
     }
 
 private:
+    int status() const {
+        const auto isBad = [&](const ProgramReport& report) {
+            return report.failures() > 0 || (mOptions.strict && report.hasWarning());
+        };
+        const bool isBadAny = std::any_of(mReports.begin(), mReports.end(), isBad);
+        return isBadAny || (mOptions.strict && !mWarnings.empty()) ? 1 : 0;
+    }
+
     void readFiles() {
+        warn(macroWarnings(mOptions.macros));
         for (const Program& program : mPrograms) {
+            for (const std::vector<std::string>& list : program.macros)
+                warn(macroWarnings(list));
             const bool hasMacros =
                 !mOptions.macros.empty() ||
                 std::any_of(program.macros.begin(), program.macros.end(),
                             [](const std::vector<std::string>& list) { return !list.empty(); });
-            for (const std::string& name : {program.vertex, program.fragment}) {
-                for (const Message& warning : mFiles.get(name).warnings(hasMacros))
-                    warn(warning);
-            }
+            for (const std::string& name : {program.vertex, program.fragment})
+                warn(mFiles.get(name).warnings(hasMacros));
         }
     }
 
     // A file that several others include is warned of once.
-    void warn(const Message& warning) {
-        if (!mWarned.insert(toString(warning)).second) return;
-        mWarnings.push_back(warning);
-        if (!mOptions.json) std::fprintf(stderr, "%s\n", toString(warning).c_str());
+    void warn(const std::vector<Message>& warnings) {
+        for (const Message& warning : warnings) {
+            if (!mWarned.insert(toString(warning)).second) continue;
+            mWarnings.push_back(warning);
+            if (!mOptions.json) std::fprintf(stderr, "%s\n", toString(warning).c_str());
+        }
     }
 
     void build(Driver& driver, const Program& program, Progress& progress) {

@@ -13,6 +13,7 @@ struct ExpandOptions {
     std::string output;  // empty: standard output
     std::string deps;    // empty: none
     bool lines = false;
+    bool strict = false;  // a warning makes the status 1
 };
 
 struct CheckOptions {
@@ -20,7 +21,8 @@ struct CheckOptions {
     std::vector<std::string> macros;  // in front of those of every program
     bool raw = false;
     bool json = false;
-    bool table = false;
+    bool strict = false;  // as for `expand`
+    bool isList = false;  // of programs: a table ends the run
 };
 
 /// Each returns the exit status, 0 or 1, and throws a `UsageError` for 2.

@@ -56,7 +56,10 @@ int expand(const ExpandOptions& options) {
     ShaderFiles files(options.root);
     const ExpandedFile& file = files.get(options.file);
     const MacroSet macros(options.macros);
-    for (const Message& warning : file.warnings(!macros.texts().empty()))
+    std::vector<Message> warnings = macroWarnings(macros.texts());
+    const std::vector<Message> ofFile = file.warnings(!macros.texts().empty());
+    warnings.insert(warnings.end(), ofFile.begin(), ofFile.end());
+    for (const Message& warning : warnings)
         std::cerr << toString(warning) << '\n';
 
     std::string text = macros.textFor(file).dataPtr();
@@ -67,5 +70,5 @@ int expand(const ExpandOptions& options) {
         throw UsageError("standard output: cannot be written");
     if (!options.deps.empty())
         write(options.deps, depfile(options.output.empty() ? options.deps : options.output, file));
-    return 0;
+    return options.strict && !warnings.empty() ? 1 : 0;
 }

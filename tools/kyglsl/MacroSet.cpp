@@ -2,6 +2,21 @@
 
 #include <algorithm>
 
+std::vector<Message> macroWarnings(const std::vector<std::string>& texts) {
+    constexpr const char* kLetters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+    std::vector<Message> all;
+    for (const std::string& text : texts) {
+        const std::size_t behindName = std::min(text.find_first_not_of(kLetters), text.size());
+        if (behindName == 0 || text.compare(behindName, 1, "=") != 0) continue;
+        std::string meant = text;
+        meant[behindName] = ' ';
+        const Place place{"-D " + text, 0};
+        all.push_back({place, "warning", "'=' becomes part of the macro; write '" + meant + "'"});
+    }
+    return all;
+}
+
 MacroSet::MacroSet(const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
         if (!mMacros.pushMacro(text.c_str())) continue;

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+/// What there is to warn of in macros as a user writes them.
+std::vector<Message> macroWarnings(const std::vector<std::string>& texts);
+
 /// The macros of one variant of a shader, kept by the library's own class.
 class MacroSet {
 public:

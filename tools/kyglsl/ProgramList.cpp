@@ -21,6 +21,36 @@ struct Macro {
     long bit;  // of the switch, or -1
 };
 
+// Whether a macro's brackets are its own, such as those of "SIZE a[3]". One that is behind a blank
+// or has no partner was meant as a switch.
+bool hasOwnBrackets(const std::string& macro) {
+    long open = 0;
+    for (std::size_t i = 0; i < macro.size(); ++i) {
+        if (macro[i] == '[' && (i == 0 || macro[i - 1] == ' ' || macro[i - 1] == '\t'))
+            return false;
+        if (macro[i] == '[') ++open;
+        if (macro[i] == ']' && --open < 0) return false;
+    }
+    return open == 0;
+}
+
+bool hasSingleNumberSign(const std::string& macro) {
+    for (std::size_t i = macro.find('#'); i != std::string::npos; i = macro.find('#', i + 1)) {
+        if (macro.compare(i, 2, "##") != 0) return true;
+        ++i;
+    }
+    return false;
+}
+
+// What would test something else than its line seems to say.
+void checkMacro(const std::string& macro, bool isSwitch) {
+    if (hasSingleNumberSign(macro))
+        throw UsageError("'#' in '" + macro + "': a comment stands on a line of its own");
+    const bool good = isSwitch ? !macro.empty() && macro.find_first_of("[]") == std::string::npos
+                               : hasOwnBrackets(macro);
+    if (!good) throw UsageError("brackets around more or less than one macro; ';' missing?");
+}
+
 // Every choice of the switches, counted up: bit i says whether switch i is on.
 void addChoices(const std::string& line, std::vector<std::vector<std::string>>& lists) {
     std::vector<Macro> all;
@@ -31,6 +61,7 @@ void addChoices(const std::string& line, std::vector<std::vector<std::string>>& 
         if (piece.empty()) continue;
         const bool isSwitch = piece.front() == '[' && piece.back() == ']';
         if (isSwitch) piece = trimmed(piece.substr(1, piece.size() - 2));
+        checkMacro(piece, isSwitch);
         all.push_back({piece, isSwitch ? static_cast<long>(switches++) : -1});
     }
     if (switches > kMaxSwitches) throw UsageError("more than 16 switches");

@@ -5,8 +5,9 @@
 
 namespace {
 
-bool isWarning(const Message& message) {
-    return message.severity == "warning";
+bool hasWarningIn(const VariantReport& variant) {
+    return std::any_of(variant.messages.begin(), variant.messages.end(),
+                       [](const Message& message) { return message.severity == "warning"; });
 }
 
 void printRow(std::FILE* out, long builds, long failures, long warned, const std::string& name) {
@@ -90,9 +91,12 @@ long ProgramReport::failures() const {
 
 long ProgramReport::withWarnings() const {
     return std::count_if(variants.begin(), variants.end(), [](const VariantReport& variant) {
-        return variant.good &&
-               std::any_of(variant.messages.begin(), variant.messages.end(), isWarning);
+        return variant.good && hasWarningIn(variant);
     });
+}
+
+bool ProgramReport::hasWarning() const {
+    return std::any_of(variants.begin(), variants.end(), hasWarningIn);
 }
 
 void printMessages(std::FILE* out, const ProgramReport& program) {

@@ -24,6 +24,8 @@ struct ProgramReport {
     long failures() const;
     /// Variants that build with a warning of the driver.
     long withWarnings() const;
+    /// In any variant, good or not.
+    bool hasWarning() const;
 };
 
 /// Each message once; one that not all variants have, with how many do and the first of them.

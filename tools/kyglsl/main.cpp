@@ -29,6 +29,10 @@ void addRoot(CLI::App* command, std::string& root) {
         ->type_name("ROOT");
 }
 
+void addStrict(CLI::App* command, bool& strict) {
+    command->add_flag("--strict", strict, "exit status 1 with any warning");
+}
+
 CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
     CLI::App* const command =
         app.add_subcommand("expand", "Print the text that the library gives to the GL");
@@ -36,6 +40,7 @@ CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
     addMacros(command, options.macros);
     addRoot(command, options.root);
     command->add_flag("--lines", options.lines, "in front of each line, where it comes from");
+    addStrict(command, options.strict);
     command->add_option("--deps", options.deps, "write a rule for make: which files were read")
         ->type_name("FILE");
     command->add_option("-o,--output", options.output, "write the text there")->type_name("FILE");
@@ -56,6 +61,7 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     addRoot(command, options.check.root);
     command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
     command->add_flag("--json", options.check.json, "everything as JSON");
+    addStrict(command, options.check.strict);
     return command;
 }
 
@@ -89,7 +95,7 @@ int run(int argc, char** argv) {
         return app.exit(help);
     }
     if (isExpand->parsed()) return expand(options.expand);
-    options.check.table = !options.list.empty();
+    options.check.isList = !options.list.empty();
     return check(programs(options), options.check);
 }
 
