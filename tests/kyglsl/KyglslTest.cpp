@@ -107,3 +107,18 @@ TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {
         shown += toString(message) + "\n";
     EXPECT_EQ(shown, expected);
 }
+
+TEST(DriverLogTest, theLogOfALinkTellsOfBothTexts) {
+    const auto inVertex = [](long line) { return Place{"v", line}; };
+    const auto inFragment = [](long line) { return Place{"f", line}; };
+    const std::string log =
+        "warning: w\nerror: e\n0(1) : error C1: none\nVertex info\n0(2) : warning C2: x\n"
+        "Fragment info\n0(3) : error C3: y\n";
+    std::string shown;
+    for (const Message& message : readLinkLog(log, {"v f", 0}, inVertex, inFragment))
+        shown += message.severity + '|' + toString(message) + '\n';
+    EXPECT_EQ(
+        shown,
+        "warning|v f: warning: w\nerror|v f: error: e\nerror|0(1) : error C1: none\n"
+        "|Vertex info\nwarning|v:2: warning: C2: x\n|Fragment info\nerror|f:3: error: C3: y\n");
+}

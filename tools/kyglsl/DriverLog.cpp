@@ -41,34 +41,65 @@ bool splitWords(const std::string& words, Message& message) {
     return false;
 }
 
-Message readLine(const std::string& line, const std::function<Place(long line)>& placeOf) {
+// A line without a place may still begin with its severity.
+void readSeverity(const std::string& line, const Place& whole, Message& message) {
+    for (const std::string severity : {"error", "warning"}) {
+        if (line.compare(0, severity.size() + 2, severity + ": ") != 0) continue;
+        message.severity = severity;
+        if (whole.file.empty()) continue;
+        message.place = whole;
+        message.text = line.substr(severity.size() + 2);
+    }
+}
+
+// A line whose place is not found stays as it is, but keeps its severity.
+Message readLine(const std::string& line, const Place& whole, const PlaceOf& placeOf) {
+    Message message;
     for (const Form& form : kForms) {
         long number = 0;
         int end = 0;
         if (std::sscanf(line.c_str(), form.begin, &number, &end) < 1 || end == 0) continue;
-        Message message{placeOf(number), "", line.substr(static_cast<std::size_t>(end))};
-        if (message.place.file.empty()) break;
-        if (form.severity != nullptr)
-            message.severity = form.severity;
-        else if (!splitWords(message.text, message))
-            break;
+        const std::string words = line.substr(static_cast<std::size_t>(end));
+        message.text = words;
+        if (form.severity != nullptr) message.severity = form.severity;
+        if (form.severity != nullptr || splitWords(words, message)) message.place = placeOf(number);
+        if (message.place.file.empty()) message.text = line;
         return message;
     }
-    return {{}, "", line};
+    message.text = line;
+    readSeverity(line, whole, message);
+    return message;
 }
 
-}  // namespace
-
-std::vector<Message> readDriverLog(const std::string& log,
-                                   const std::function<Place(long line)>& placeOf) {
-    std::vector<Message> messages;
+template <typename Function>
+void forEachLine(const std::string& log, Function function) {
     std::size_t begin = 0;
     while (begin < log.size()) {
         const std::size_t end = std::min(log.find('\n', begin), log.size());
         std::string line = log.substr(begin, end - begin);
         if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!line.empty()) messages.push_back(readLine(line, placeOf));
+        if (!line.empty()) function(line);
         begin = end + 1;
     }
+}
+
+}  // namespace
+
+std::vector<Message> readDriverLog(const std::string& log, const PlaceOf& placeOf) {
+    std::vector<Message> messages;
+    forEachLine(log,
+                [&](const std::string& line) { messages.push_back(readLine(line, {}, placeOf)); });
+    return messages;
+}
+
+std::vector<Message> readLinkLog(const std::string& log, const Place& pair, const PlaceOf& vertex,
+                                 const PlaceOf& fragment) {
+    std::vector<Message> messages;
+    PlaceOf placeOf = [](long /*line*/) { return Place(); };
+    forEachLine(log, [&](const std::string& line) {
+        if (line == "Vertex info") placeOf = vertex;
+        if (line == "Fragment info") placeOf = fragment;
+        messages.push_back(readLine(line, pair, placeOf));
+    });
     return messages;
 }

@@ -28,10 +28,16 @@ std::string withPlaces(const std::string& text, const ExpandedFile& file, const 
     return all;
 }
 
+// No rule of make can name such a file.
+bool hasControl(const std::string& path) {
+    return std::any_of(path.begin(), path.end(),
+                       [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+}
+
 std::string forMake(const std::string& path) {
     std::string out;
     for (const char c : path) {
-        if (c == ' ' || c == '#') out += '\\';
+        if (c == ' ' || c == '#' || c == ':') out += '\\';
         if (c == '$') out += '$';
         out += c;
     }
@@ -44,6 +50,7 @@ std::string depfile(const std::string& target, const ExpandedFile& file) {
     std::string rule = forMake(target) + ":";
     std::string targets;
     for (const std::string& path : paths) {
+        if (hasControl(path)) continue;
         rule += " " + forMake(path);
         if (path != paths.front()) targets += forMake(path) + ":\n";
     }
@@ -53,6 +60,9 @@ std::string depfile(const std::string& target, const ExpandedFile& file) {
 }  // namespace
 
 int expand(const ExpandOptions& options) {
+    const std::string& target = options.output.empty() ? options.deps : options.output;
+    if (!options.deps.empty() && hasControl(target))
+        throw UsageError(target + ": make cannot name such a file");
     ShaderFiles files(options.root);
     const ExpandedFile& file = files.get(options.file);
     const MacroSet macros(options.macros);
@@ -68,7 +78,6 @@ int expand(const ExpandOptions& options) {
         write(options.output, text);
     else if (!(std::cout << text << std::flush))
         throw UsageError("standard output: cannot be written");
-    if (!options.deps.empty())
-        write(options.deps, depfile(options.output.empty() ? options.deps : options.output, file));
+    if (!options.deps.empty()) write(options.deps, depfile(target, file));
     return options.strict && !warnings.empty() ? 1 : 0;
 }

@@ -12,10 +12,7 @@ std::string normal(const std::filesystem::path& path) {
     return std::filesystem::absolute(path, unused).lexically_normal().string();
 }
 
-// Names run over the ends of lines where a quote is missing.
-std::string inQuotes(std::string name) {
-    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
-    std::replace_if(name.begin(), name.end(), isControl, '?');
+std::string inQuotes(const std::string& name) {
     return "'" + name + "'";
 }
 
@@ -78,6 +75,11 @@ Place ExpandedFile::placeOfByte(std::size_t offset) const {
     return placeOf({piece.reading, piece.begin + offset - mDoneBegins[index], 1});
 }
 
+bool ExpandedFile::hasLineDirective() const {
+    return std::any_of(mFiles.begin(), mFiles.end(),
+                       [](const File& each) { return each.text.lineDirectiveLine() > 0; });
+}
+
 std::vector<std::string> ExpandedFile::files() const {
     std::vector<std::string> paths;
     for (const File& each : mFiles)
@@ -100,8 +102,14 @@ void ExpandedFile::finished(std::size_t count) {
 }
 
 void ExpandedFile::directive(std::string_view text, std::string_view name) {
-    mDirective = takeFront(text.size()).front();
+    const std::vector<Piece> pieces = takeFront(text.size());
+    mDirective = pieces.front();
     warnOfDirective(text, name);
+    const Piece& last = pieces.back();
+    const SourceText& in = mFiles[mReadings[last.reading].file].text;
+    if (in.hasCodeBehind(last.begin + last.size))
+        warn(placeOf(last), "behind",
+             "text behind the directive continues the last line of the included file");
 }
 
 void ExpandedFile::file(const char* path, std::string_view text, KyShaderRead outcome) {
@@ -154,7 +162,9 @@ std::size_t ExpandedFile::fileNumber(const char* path, std::string_view text) {
         warn({path, file.text.carriageReturnLine()}, "CR", "carriage returns reach the compiler");
     if (file.text.lineDirectiveLine() > 0)
         warn({path, file.text.lineDirectiveLine()}, "line",
-             "#line: lines that the driver names behind it are not where they seem");
+             "#line: what the driver says of this text stays as it is, without places");
+    if (text.substr(0, 4) == "\n\xEF\xBB\xBF")
+        warn({path, 1}, "BOM", "a UTF-8 byte order mark reaches the compiler");
     return found->second;
 }
 
@@ -201,7 +211,9 @@ void ExpandedFile::warnOfDirective(std::string_view text, std::string_view name)
 void ExpandedFile::warnOfOutcome(const std::string& path, KyShaderRead outcome) {
     const Place& place = mReadings.back().place;
     if (outcome == KyShaderRead::CannotRead)
-        warn(place, "read", inQuotes(path) + " cannot be read; nothing stands for it");
+        warn(place, "read",
+             inQuotes(path) +
+                 " cannot be read (looked for beside the top-level file); nothing stands for it");
     if (outcome == KyShaderRead::TooMuch)
         warn(place, "read",
              inQuotes(path) +

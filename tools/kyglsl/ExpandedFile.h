@@ -34,6 +34,9 @@ public:
     Place placeOfByte(std::size_t offset) const;
     long lineCount() const { return static_cast<long>(mLineStarts.size()); }
 
+    /// Whether a `#line` stands in it, from where on drivers count otherwise.
+    bool hasLineDirective() const;
+
     /// Every file that was asked for, the missing ones too, in the order of the first reading.
     std::vector<std::string> files() const;
 

@@ -9,15 +9,15 @@ struct Place {
     long line = 0;
 };
 
-/// What there is to say about a place. Without a severity it is a line of the driver's log that
-/// names no place, and the text is all of it.
+/// What there is to say about a place. Without a file it names none, as some lines of a driver's
+/// log, and the text is all of it.
 struct Message {
     Place place;
-    std::string severity;  ///< "error", "warning" or empty
+    std::string severity;  ///< "error", "warning", or empty for a line of a log that is neither
     std::string text;
 };
 
-/// In the form that editors and compilers' users know: "file:line: severity: text".
+/// In the form that editors and compilers' users know: "file:line: severity: text", printable.
 std::string toString(const Message& message);
 
 /// The tool was used wrongly, or what it needs is not there.

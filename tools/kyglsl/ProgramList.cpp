@@ -1,7 +1,5 @@
 #include "ProgramList.h"
 
-#include "Message.h"
-
 #include <fstream>
 #include <iomanip>
 #include <sstream>
@@ -72,7 +70,7 @@ void addChoices(const std::string& line, std::vector<std::vector<std::string>>& 
     }
 }
 
-void readLine(const std::string& line, std::vector<Program>& programs) {
+void readLine(const std::string& line, const Place& place, std::vector<Program>& programs) {
     std::istringstream words(line);
     std::string first;
     words >> first;
@@ -81,6 +79,7 @@ void readLine(const std::string& line, std::vector<Program>& programs) {
         std::string more;
         words >> std::quoted(program.vertex) >> std::quoted(program.fragment);
         if (!words || words >> more) throw UsageError("not of the form: program VERTEX FRAGMENT");
+        program.place = place;
         programs.push_back(program);
     } else if (first == "macros") {
         if (programs.empty()) throw UsageError("no program stands above these macros");
@@ -101,7 +100,7 @@ std::vector<Program> readProgramList(const std::string& path) {
     for (std::string line; std::getline(file, line);) {
         ++number;
         try {
-            readLine(line, programs);
+            readLine(line, {path, number}, programs);
         } catch (const UsageError& e) {
             throw UsageError(path + ":" + std::to_string(number) + ": " + e.what());
         }

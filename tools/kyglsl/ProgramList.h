@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Message.h"
+
 #include <string>
 #include <vector>
 
@@ -8,6 +10,7 @@ struct Program {
     std::string vertex;
     std::string fragment;
     std::vector<std::vector<std::string>> macros;
+    Place place = {};  // in a list
 };
 
 /// Reads a list of programs:

@@ -1,5 +1,7 @@
 #include "Report.h"
 
+#include "Printable.h"
+
 #include <algorithm>
 #include <map>
 
@@ -12,24 +14,7 @@ bool hasWarningIn(const VariantReport& variant) {
 
 void printRow(std::FILE* out, long builds, long failures, long warned, const std::string& name) {
     std::fprintf(out, "%8ld %8ld %8ld %8ld  %s\n", builds, builds - failures, failures, warned,
-                 name.c_str());
-}
-
-// How many bytes of well-formed UTF-8 stand at the beginning of a character; 0 for anything else.
-std::size_t utf8Length(const std::string& text, std::size_t at) {
-    const auto byte = [&](std::size_t i) {
-        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-    };
-    const unsigned int first = byte(at);
-    if (first < 0x80) return 1;
-    const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
-    if (length == 0 || first > 0xF4) return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((byte(at + i) & 0xC0) != 0x80) return 0;
-    const unsigned int second = byte(at + 1);  // no long forms, surrogates or numbers too large
-    const bool bad = (first == 0xE0 && second < 0xA0) || (first == 0xED && second > 0x9F) ||
-                     (first == 0xF0 && second < 0x90) || (first == 0xF4 && second > 0x8F);
-    return bad ? 0 : length;
+                 printable(name).c_str());
 }
 
 // Drivers quote what stands in a file; what is no UTF-8 there becomes the replacement character.
@@ -70,10 +55,13 @@ std::string jsonList(const std::vector<Item>& items, const char* separator, Func
 std::string json(const VariantReport& variant) {
     const auto ofText = [](const std::string& text) { return json(text); };
     const auto ofMessage = [](const Message& message) { return json(message); };
+    std::string log;
+    for (const VariantReport::Log& each : variant.logs)
+        log += each.text;
     return "{\"macros\": " + jsonList(variant.macros, ", ", ofText) +
            ", \"good\": " + (variant.good ? "true" : "false") +
            ", \"messages\": " + jsonList(variant.messages, ", ", ofMessage) +
-           (variant.rawLog.empty() ? "" : ", \"log\": " + json(variant.rawLog)) + "}";
+           (log.empty() ? "" : ", \"log\": " + json(log)) + "}";
 }
 
 std::string json(const ProgramReport& program) {
@@ -121,9 +109,21 @@ void printMessages(std::FILE* out, const ProgramReport& program) {
         std::fputs(toString(*once.message).c_str(), out);
         const auto variants = static_cast<long>(program.variants.size());
         if (once.count < variants)
-            std::fprintf(out, " [%ld of %ld macro sets, first: %s]", once.count, variants,
-                         once.first->macros.empty() ? "none" : once.first->macroNames.c_str());
+            std::fprintf(
+                out, " [%ld of %ld macro sets, first: %s]", once.count, variants,
+                once.first->macros.empty() ? "none" : printable(once.first->macroNames).c_str());
         std::fputc('\n', out);
+    }
+}
+
+void printLogs(std::FILE* out, const VariantReport& variant, const std::string& program) {
+    const std::string macros = variant.macros.empty() ? "" : " [" + variant.macroNames + "]";
+    for (const VariantReport::Log& log : variant.logs) {
+        if (log.text.empty()) continue;
+        if (!program.empty())
+            std::fprintf(out, "# %s: %s\n", printable(program + macros).c_str(), log.of);
+        std::fputs(log.text.c_str(), out);
+        if (log.text.back() != '\n') std::fputc('\n', out);
     }
 }
 

@@ -13,12 +13,17 @@ struct VariantReport {
     std::string macroNames;  // for people
     bool good = false;
     std::vector<Message> messages;
-    std::string rawLog;  // empty unless asked for
+    struct Log {
+        const char* of;  // "vertex", "fragment" or "link"
+        std::string text;
+    };
+    std::vector<Log> logs;  // none unless asked for
 };
 
 struct ProgramReport {
     std::string vertex;
     std::string fragment;
+    bool isRead = true;  // both of its files are
     std::vector<VariantReport> variants;
 
     long failures() const;
@@ -30,6 +35,10 @@ struct ProgramReport {
 
 /// Each message once; one that not all variants have, with how many do and the first of them.
 void printMessages(std::FILE* out, const ProgramReport& program);
+
+/// The logs as they stand, but for a line end behind each.
+/// @param program heads each log together with what it is of, unless it is empty
+void printLogs(std::FILE* out, const VariantReport& variant, const std::string& program);
 
 /// One row for each program and one for all.
 void printTable(std::FILE* out, const std::vector<ProgramReport>& programs);

@@ -26,7 +26,7 @@ bool isGuard(std::string_view text, std::size_t at) {
 
 }  // namespace
 
-SourceText::SourceText(std::string_view text) {
+SourceText::SourceText(std::string_view text) : mText(text) {
     for (std::size_t i = text.find('\n'); i != std::string_view::npos; i = text.find('\n', i + 1))
         mLineFeeds.push_back(i);
     const std::size_t carriageReturn = text.find('\r');
@@ -36,6 +36,14 @@ SourceText::SourceText(std::string_view text) {
 
 long SourceText::lineOf(std::size_t offset) const {
     return std::upper_bound(mLineFeeds.begin(), mLineFeeds.end(), offset) - mLineFeeds.begin();
+}
+
+bool SourceText::hasCodeBehind(std::size_t offset) const {
+    for (std::size_t i = offset; i < mText.size() && mText[i] != '\n'; ++i) {
+        if (kBlanks.find(mText[i]) != std::string_view::npos || where(i) != Where::Code) continue;
+        return mText.compare(i, 8, "#include") != 0;
+    }
+    return false;
 }
 
 void SourceText::scan(std::string_view text) {

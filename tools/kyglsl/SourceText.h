@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +16,8 @@ public:
     /// Counted from 1.
     long lineOf(std::size_t offset) const;
     Where where(std::size_t offset) const { return markAt(offset).where; }
+    /// Whether more than blanks, comments and an `#include` follow from there on the line.
+    bool hasCodeBehind(std::size_t offset) const;
     /// Whether a preprocessor condition decides on this byte. A guard around the whole file, as
     /// headers have it, does not count.
     bool isConditional(std::size_t offset) const { return markAt(offset).conditional; }
@@ -38,6 +41,7 @@ private:
     void mark(std::size_t begin, Where where);
     const Mark& markAt(std::size_t offset) const;
 
+    std::string mText;
     std::vector<std::size_t> mLineFeeds;
     std::vector<Mark> mMarks = {{0, Where::Code, false}};  // each holds up to the next one
     std::vector<bool> mConditions;                         // that are open; false: a guard

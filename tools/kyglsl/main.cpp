@@ -1,5 +1,6 @@
 /// kyglsl: shows what the library makes of shader files, and what the driver says to that.
 #include "Commands.h"
+#include "Printable.h"
 
 #include <CLI/CLI.hpp>
 
@@ -69,7 +70,7 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
 std::vector<Program> programs(const Options& options) {
     if (options.list.empty()) {
         if (options.pair.vertex.empty()) throw UsageError("check: VERTEX FRAGMENT or --list FILE");
-        return {{options.pair.vertex, options.pair.fragment, {{}}}};
+        return {{options.pair.vertex, options.pair.fragment, {{}}, {}}};
     }
     std::vector<Program> list = readProgramList(options.list);
     if (!options.check.root.empty()) return list;
@@ -93,6 +94,10 @@ int run(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
         return app.exit(help);
+    } catch (const CLI::RequiredError&) {
+        const std::vector<std::string> words = app.remaining();
+        if (!app.get_subcommands().empty() || words.empty()) throw;
+        throw UsageError("'" + words.front() + "' is neither expand nor check; see kyglsl --help");
     }
     if (isExpand->parsed()) return expand(options.expand);
     options.check.isList = !options.list.empty();
@@ -105,7 +110,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "kyglsl: %s\n", e.what());
+        std::fprintf(stderr, "kyglsl: %s\n", printable(e.what()).c_str());
         return 2;
     }
 }
