@@ -11,7 +11,8 @@ target_compile_options(kygl_warnings INTERFACE
 function(kygl_shared_library target)
   target_link_libraries(${target} PRIVATE kygl_warnings)
   target_compile_features(${target} PUBLIC cxx_std_17)  # for its headers
-  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  # A short loop in one line of the cache, so that what it costs does not hang on the code before it.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition -falign-loops=32)
   target_link_options(${target} PRIVATE -Wl,-Bsymbolic-functions -Wl,--no-undefined
     -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/hidden.map)
   set_target_properties(${target} PROPERTIES
