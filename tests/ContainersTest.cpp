@@ -80,32 +80,6 @@ TEST(DArray, stringsSurviveWhateverMovesThem) {
     }
 }
 
-TEST(HashTable, chainsTakeNewEntriesAtTheHeadAndTurnInARebuild) {
-    using Keys = std::vector<unsigned int>;
-    KyHashTable<unsigned int, int> table(0);
-    const auto walk = [&table](Keys keys = {}) {
-        unsigned int key = 0;
-        int value = 0;
-        while (table.next(key, value))
-            keys.push_back(key);
-        return keys;
-    };
-    Keys k;  // that share bucket 0 of 8, and so of 2 and 4
-    for (unsigned int key = 0; k.size() < 5; ++key)
-        if ((kyKeyHash(key) & 7U) == 0) k.push_back(key);
-    for (const unsigned int key : k)
-        table[key];
-    table.resetNext();
-    for (const char* what : {"a walk", "and another: the cursor rewinds itself"})
-        EXPECT_EQ(walk(), (Keys{k[4], k[0], k[1], k[2], k[3]})) << what;
-    for (const std::size_t i : {2U, 4U, 3U}) {  // from the middle, the head and the tail
-        EXPECT_EQ(table.remove(k[i]), 1);
-        EXPECT_EQ(table.remove(k[i]), 0);
-    }
-    table.resetNext();
-    EXPECT_EQ(walk(), (Keys{k[0], k[1]}));
-}
-
 TEST(HashTable, holdsWhatAMapHoldsAndGrowsInTime) {
     KyHashTable<KyString, int> table(7);
     std::map<std::string, int> model;

@@ -1,7 +1,6 @@
 #include "support/RealGLX.h"
 #include "support/Reports.h"
 
-#include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kygl.h>
 #include <kygl/kyglShaderGLSL.h>
 #include <sogl/SoGLContext.h>
@@ -10,13 +9,6 @@
 
 #include <set>
 #include <thread>
-
-extern "C" {
-void glGenBuffers(GLsizei n, GLuint* buffers);
-void glBindBuffer(GLenum target, GLuint buffer);
-GLboolean glIsBuffer(GLuint buffer);
-GLboolean glIsShader(GLuint shader);
-}
 
 using ContextGLTest = RealGLXTest;
 
@@ -75,42 +67,4 @@ TEST_F(ContextGLTest, aNewContextAtAnOldAddressIsNotMistaken) {
         }
         if (!reused) GTEST_SKIP() << "no address came twice";
     }
-}
-
-struct Objects {
-    GLuint texture = 0, buffer = 0, program = 0, shader = 0;
-
-    explicit Objects(unsigned int context) {
-        glGenTextures(1, &texture);
-        glBindTexture(GL_TEXTURE_1D, texture);
-        glGenBuffers(1, &buffer);
-        glBindBuffer(GL_ARRAY_BUFFER, buffer);
-        KyDeferredDeleteMap::pushTextureHandle(texture, context);
-        KyDeferredDeleteMap::pushBufferHandle(buffer, context);
-        if (RealGLX::masked()) return;  // a GL of that kind has neither programs nor shaders
-        program = glCreateProgramObjectARB();
-        shader = glCreateShaderObjectARB(GL_VERTEX_SHADER_ARB);
-        KyDeferredDeleteMap::pushTehniqueHandle(program, context);
-        KyDeferredDeleteMap::pushShaderHandle(shader, context);
-    }
-    int alive() const {
-        const int plain = glIsTexture(texture) + glIsBuffer(buffer);
-        return RealGLX::masked() ? plain : plain + glIsProgram(program) + glIsShader(shader);
-    }
-};
-
-TEST_F(ContextGLTest, aDrainDeletesInItsOwnContextAndNowhereElse) {
-    const int all = RealGLX::masked() ? 2 : 4;
-    const Objects ours(1);
-    const RealGLX beside;
-    const Objects theirs(2);
-    gl->makeCurrent();
-    EXPECT_EQ(ours.alive(), all);
-    KyDeferredDeleteMap::deferredDelete(1);
-    EXPECT_EQ(ours.alive(), 0);
-    beside.makeCurrent();
-    EXPECT_EQ(theirs.alive(), all);
-    KyDeferredDeleteMap::deferredDelete(2);
-    EXPECT_EQ(theirs.alive(), 0);
-    EXPECT_EQ(glGetError(), 0U);
 }

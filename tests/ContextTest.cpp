@@ -128,19 +128,6 @@ TEST_F(ContextTest, theLockIsReleasedWhenMemoryRunsOut) {
     EXPECT_EQ(kyglGetContext(), 5U);
 }
 
-TEST_F(ContextTest, vendorIsLookedForAnywhereAndInThisCaseOnly) {
-    EXPECT_FALSE(kyglIsVendorNVIDIA() || kyglIsVendorATI()) << "no context, no vendor";
-    const std::tuple<const char*, bool, bool> cases[] = {{"Big NVIDIA CORPORATION", true, true},
-                                                         {"NVIDIA", true, false},
-                                                         {"ATI Inc", false, true},
-                                                         {"nvidia ati", false, false}};
-    for (const auto& [vendor, nvidia, ati] : cases) {
-        gl.strings[GL_VENDOR] = vendor;
-        EXPECT_EQ(kyglIsVendorNVIDIA(), nvidia) << vendor;
-        EXPECT_EQ(kyglIsVendorATI(), ati) << vendor;
-    }
-}
-
 // What a thread sees of ids that no other uses is what a plain map of them says.
 void playOnRegistry(unsigned int thread) {
     std::mt19937 random(thread);

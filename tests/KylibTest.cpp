@@ -22,19 +22,6 @@ TEST(String, keepsOneClosingNulAlsoWhenItFormatsItself) {
     EXPECT_EQ(std::string(text.dataPtr()).substr(0, 16), "<<<5%5%|%5%>|5%5");
 }
 
-TEST(String, explodeKeepsEmptyPieces) {
-    const std::pair<const char*, std::vector<std::string>> cases[] = {
-        {"-a--b-", {"", "a", "", "b", ""}}, {"a", {"a"}}, {"", {""}}, {"-", {"", ""}}};
-    KyDArray<KyString> pieces;
-    for (const auto& [text, expected] : cases) {
-        KyString(text).explode('-', pieces);
-        std::vector<std::string> got;
-        for (long i = 0; i < pieces.size; ++i)
-            got.emplace_back(pieces[i].dataPtr());
-        EXPECT_EQ(got, expected) << text;
-    }
-}
-
 TEST(Result, ownsItsTextsAndCostsNothingForSuccess) {
     std::string texts[] = {"file", "100% wrong", "because"};
     KyResult kept;

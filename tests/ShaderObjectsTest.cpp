@@ -325,12 +325,3 @@ TEST_F(ShaderObjectsTest, aUniformGoesOutAtOnceWhereGLKnowsTheProgramAndASteadyA
     program.unUse();
     EXPECT_EQ(Allocations::count, before);
 }
-
-TEST_F(ShaderObjectsTest, theEnvironmentForbidsTheClipPlaneMacro) {
-    KyShaderParametersMacros macros;
-    for (const char* const expected : {"", "#define ENABLE_CLIPVERTEX\n"}) {
-        *expected == '\0' ? setenv("NO_CLIP_PLANE", "", 1) : unsetenv("NO_CLIP_PLANE");
-        KyShaderProgram::enableClipPlane(macros);
-        EXPECT_STREQ(macros.getDefineMacros().dataPtr(), expected);
-    }
-}

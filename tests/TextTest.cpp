@@ -43,17 +43,22 @@ struct Server {
     GLXContextID current = 0;                  // 0: no context
     Display* display = nullptr;                // that was asked last
     int lists = 0;                             // of the font loaded last
+    bool hasLists = true;                      // for the next font
     long measures = 0, measured = 0;           // calls of XTextWidth, and their bytes
 };
 
 Server* sServer = nullptr;
 RecordedGL* sGL = nullptr;
 
-int widthOf(std::string_view text) {
+// As the server would have it, where a tab leads backwards; no line is narrower than nothing.
+int advanceOf(std::string_view text) {
     int width = 0;
     for (const char each : text)
-        width += 5 + static_cast<unsigned char>(each) % 3;
+        width += each == '\t' ? -20 : 5 + static_cast<unsigned char>(each) % 3;
     return width;
+}
+int widthOf(std::string_view text) {
+    return std::max(0, advanceOf(text));
 }
 
 template <typename... Arguments>
@@ -80,7 +85,7 @@ const char* bitsOf(const GLubyte* mask, GLsizei width, GLsizei height) {
 void putRecorders() {
     __glewGenLists = [](GLsizei range) {
         note("glGenLists", range);
-        return static_cast<GLuint>(sServer->lists += 1000);
+        return static_cast<GLuint>(sServer->hasLists ? sServer->lists += 1000 : 0);
     };
     __glewColor4fv = [](const GLfloat* c) { note("glColor4fv", c[0], c[1], c[2], c[3]); };
     __glewBitmap = [](GLsizei width, GLsizei height, GLfloat left, GLfloat below, GLfloat x,
@@ -106,7 +111,7 @@ XFontStruct* XLoadQueryFont(Display* display, const char* name) {
 int XTextWidth(XFontStruct*, const char* text, int length) {
     ++sServer->measures;
     sServer->measured += length;
-    return widthOf({text, static_cast<std::size_t>(length)});
+    return advanceOf({text, static_cast<std::size_t>(length)});
 }
 char** XListFonts(Display*, const char* pattern, int most, int* count) {
     sServer->asked.push_back(call(pattern, most));
@@ -261,7 +266,7 @@ const std::array<int, 3> kNothing = {0, 0, 0};
 TEST_F(TextTest, everyCallOfARenderAndEveryNumberInIt) {
     const int alignX[] = {-2, 0, 2}, alignY[] = {-1, 0, 2, -2, -3}, offsets[] = {0, 7, -3};
     const float back[] = {0, 0.5f, 1, -1, 2}, fore[] = {1, 0.5f, 0, 2};
-    const char* const texts[] = {"", "a", "il\nWide\n\n\\nend\\", "\n\nb\\\\n", "\\n"};
+    const char* const texts[] = {"", "a", "il\nWide\n\n\\nend\\", "\n\nb\\\\n", "\\n", "a\tb"};
     KyGLText::fontBase(12);
     for (std::size_t i = 0;; ++i) {
         std::size_t rest = i;
@@ -388,6 +393,11 @@ TEST_F(TextTest, aFontWithoutListsGetsThemWhenItCan) {
         EXPECT_EQ(rendered("ab\nc"), model(0, with, "ab\nc"));
         server.current = context;
         unsetenv(variable);
+        server.hasLists = false;
+        Calls without = model(0, with, "ab");
+        without.insert(without.begin(), "glGenLists(127)");
+        EXPECT_EQ(rendered("ab"), without) << "the application's lists were written over";
+        server.hasLists = true;
         const Calls alone = model(server.lists + 1000, with, "ab");
         Calls first = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, server.lists + 1032)};
         first.insert(first.end(), alone.begin(), alone.end());
@@ -489,6 +499,26 @@ TEST_F(TextTest, eachByteIsMeasuredOnceAndNoLineAllocates) {
         EXPECT_THROW(KyGLText::render(0, 0, 0, text.c_str()), std::bad_alloc);
         EXPECT_EQ(taken(), Calls()) << "memory ran out behind a GL call";
     }
+}
+
+TEST_F(TextTest, memoryThatRanOutAtTheFirstUseLeavesTextAsItWouldHaveBeen) {
+    long failed = 0;
+    for (bool throws = true; throws; failed += throws) {
+        const unsigned int context = newContext();
+        throws = false;
+        gl.muted = true;
+        Allocations::failing = failed + 1;
+        try {
+            KyGLText::setPixelOffset(0, 0);
+        } catch (const std::bad_alloc&) {
+            throws = true;
+        }
+        Allocations::failing = 0;
+        gl.muted = false;
+        EXPECT_EQ(extent("ab")[1], widthOf("ab")) << context << ' ' << failed;
+        EXPECT_EQ(rendered("ab"), model(server.lists, {}, "ab"));
+    }
+    EXPECT_GT(failed, 3) << "nothing failed";
 }
 
 TEST_F(TextTest, threadsDrawOneAfterTheOtherEachInItsOwnContext) {
