@@ -504,9 +504,10 @@ void KyGLText::setFont(int size, bool bold, bool italic, const char* family) {
     TwMyFont*& entry = storage->mFonts[name];
     const bool withLists = !listsAreSwitchedOff();
     if (entry == nullptr) {
-        entry = new TwMyFont;
+        auto made = std::make_unique<TwMyFont>();
         const bool hasContext = withLists && glXGetCurrentContext() != nullptr;
-        load(*entry, query(name, size, bold, italic), hasContext);
+        load(*made, query(name, size, bold, italic), hasContext);
+        entry = made.release();
     }
     storage->mActiveFont = entry;
 }
