@@ -65,11 +65,20 @@ public:
     /// are not seen by this object. A file that cannot be read gives the macro lines alone.
     ///
     /// `#include "name"` is replaced by the file `name` beside the top-level file, wherever the
-    /// directive stands, comments included; a file that cannot be read gives nothing, and neither
-    /// does one that would include itself, directly or through others, without an end. Includes may
-    /// nest 64 deep, and one expansion reads at most 16 MiB; a file that does not fit into what is
-    /// left of that counts as one that cannot be read and uses it up. Past either bound a directive
-    /// is replaced by nothing and the expansion goes on.
+    /// directive is, comments included; a file that cannot be read gives nothing, and neither does
+    /// one that would include itself, directly or through others, without an end. Only regular
+    /// files are read: a folder, a pipe or a device gives nothing at once.
+    ///
+    /// One expansion nests includes up to 64 deep, where a file is nested in the one that closes
+    /// the quotes of its directive; it reads at most 65,536 files, the ones that are not there
+    /// included, and at most 16 MiB. A file that does not fit into what is left of that counts as
+    /// one that cannot be read and uses it up. Past a bound a directive is replaced by nothing and
+    /// the expansion goes on.
+    ///
+    /// Throws `std::bad_alloc` when memory runs out, in the system as well. When the process or the
+    /// system has no descriptor left (EMFILE, ENFILE), or on an input error (EIO), the file gives
+    /// nothing, not even the part that was read, and this text is not kept: the next build reads
+    /// again. A shader that compiled from such a text stays as it is until then.
     KyString loadFromFile();
 
     /// Lets go of the GL object. That of a direct shader is queued for deletion in its context; one

@@ -1,9 +1,13 @@
+#include "support/FileFaults.h"
 #include "support/TempShaders.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <random>
+
+#include <sys/stat.h>
 
 using namespace std::string_literals;
 
@@ -53,7 +57,10 @@ TEST_F(ShaderSourceTest, everyRuleOfTheFormat) {
         {"in a comment", "// #include \"in\"\nc", "\n// \nI\nc"},
         {"angle brackets take the next quotes", "a#include <in>\n\"in\"z", "\na\nIz"},
         {"an unclosed quote reads to the end", "a#include \"in", "\na\nI"},
+        {"an unclosed quote takes what follows its file", "1#include \"reca", "\n1\nA\n1", "rec"},
+        {"the same over nothing has no end", "1#include \"rec", "\n1", "rec"},
         {"no quote", "a#include b\nc", "\na"},
+        {"no quote reads no file, not the folder's path", "a#include b\nc", "\na", "f\\top"},
         {"a name is not normalised", "#include \"/x/../in\"", "\n\nI"},
         {"nested is beside the top file", "#include \"s/n\"", "\n\n\nY", "x/top"},
         {"a backslash before a slash", "#include \"in\"", "\n\nB", "d\\e/top"},
@@ -70,6 +77,8 @@ TEST_F(ShaderSourceTest, everyRuleOfTheFormat) {
     const std::string files[][2] = {{"in", "I\n"},
                                     {"nul", "c\0d"s},
                                     {"part", "#include"},
+                                    {"reca", "A#include \"rec\" z"},
+                                    {"f\\", "a file"},
                                     {"x/y", "Y"},
                                     {"x/s/y", "no"},
                                     {"x/s/n", "#include \"y\""},
@@ -100,7 +109,11 @@ static std::string expandPlainly(const std::string& path, int& directives) {
     for (directives = 0; directives < kEnough; ++directives) {
         const std::size_t at = text.find("#include");
         if (at == std::string::npos) break;
-        const std::size_t open = std::min(text.find('"', at), text.size() - 1);
+        const std::size_t open = text.find('"', at);
+        if (open == std::string::npos) {
+            text.erase(at);
+            continue;
+        }
         const std::size_t close = std::min(text.find('"', open + 1), text.size());
         const std::string name = text.substr(open + 1, close - open - 1);
         text.replace(at, close + 1 - at, readPlainly(path.substr(0, path.rfind('/') + 1) + name));
@@ -141,6 +154,9 @@ TEST_F(ShaderSourceTest, pastTheBoundsADirectiveGivesNothingAndTheTextIsFinished
                    times(2, "#include \"wide" + std::to_string(i + 1) + '"') + 'y');
     }
     EXPECT_EQ(load("deep0"), times(65, "\nx") + times(65, "y"));
+    tree.write("tail", "x#include");
+    tree.write("side", "#include \"tail\"" + times(100, " \"tail\""));
+    EXPECT_EQ(load("side"), "\n" + times(101, "\nx")) << "side by side is not nested";
     tree.write("wide14", times(1000, "y"));
     const std::string wide = load("wide0");
     EXPECT_EQ(wide.find("#include"), std::string::npos);
@@ -150,6 +166,46 @@ TEST_F(ShaderSourceTest, pastTheBoundsADirectiveGivesNothingAndTheTextIsFinished
     tree.write("small", "s");
     EXPECT_EQ(load("huge"), "");
     EXPECT_EQ(load("top"), "\na\nsbc") << "what does not fit uses up the rest";
+}
+
+TEST_F(ShaderSourceTest, aTreeThatDoublesAtEachLevelIsNotReadAMillionTimes) {
+    for (int i = 0; i < 24; ++i)
+        tree.write("two" + std::to_string(i),
+                   times(2, "#include \"two" + std::to_string(i + 1) + '"'));
+    const FileFaults files;
+    EXPECT_EQ(load("two0").find("#include"), std::string::npos);
+    EXPECT_EQ(files.opened, 65536);
+}
+
+TEST_F(ShaderSourceTest, whatCannotBeReadNowIsReadAgainAndNeverInPart) {
+    KyVertexShader shader("top", tree.folder, false);
+    const auto text = [&] { return std::string(shader.loadFromFile().dataPtr()); };
+    tree.write("top", "a#include \"part\"b#include \"part\"c");
+    tree.write("part", times(20000, "x"));
+    FileFaults files;
+    for (const int error : {EMFILE, ENFILE, EIO}) {
+        files.failOpen(2, error);
+        EXPECT_EQ(text(), "\nab\n" + times(20000, "x") + "c") << error;
+    }
+    files.failRead(4, EIO);  // of the three reads of the first included file the second
+    EXPECT_EQ(text(), "\nab\n" + times(20000, "x") + "c");
+    files.failOpen(1, EMFILE);
+    EXPECT_EQ(text(), "");
+    for (const auto fail : {&FileFaults::failOpen, &FileFaults::failRead}) {
+        (files.*fail)(3, ENOMEM);
+        EXPECT_THROW(text(), std::bad_alloc);
+    }
+    files.failOpen(2, EACCES);
+    EXPECT_EQ(text(), "\nab\n" + times(20000, "x") + "c");
+    tree.write("top", "new");
+    EXPECT_EQ(text(), "\nab\n" + times(20000, "x") + "c") << "no permission is as good as no file";
+}
+
+TEST_F(ShaderSourceTest, aPipeOrADeviceDoesNotKeepTheCallerWaiting) {
+    ASSERT_EQ(mkfifo(tree.path("pipe").c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/zero", tree.path("zero"));
+    tree.write("top", "a#include \"pipe\"#include \"zero\"b");
+    EXPECT_EQ(load("top") + load("pipe") + load("zero"), "\nab");
 }
 
 TEST_F(ShaderSourceTest, longTextsWithManyDirectivesEnd) {

@@ -72,9 +72,11 @@ void KyShader::compileCaching(unsigned int context) {
 }
 
 KyString KyShader::loadFromFile() {
-    if (mSource.length() == 0)
-        mSource = loadShader(shaderPath(mFolderPath, mFolderName, mFileName).dataPtr());
-    return shaderText(mParameters, mSource);
+    if (mSource.length() > 0) return shaderText(mParameters, mSource);
+    const KyShaderExpansion read =
+        loadShader(shaderPath(mFolderPath, mFolderName, mFileName).dataPtr());
+    if (read.isComplete) mSource = read.text;
+    return shaderText(mParameters, read.text);
 }
 
 // A caching shader's name belongs to one of its entries, which queues it itself.

@@ -1,47 +1,105 @@
 #include "KyShaderSource.h"
 
 #include <algorithm>
-#include <fstream>
+#include <cerrno>
+#include <new>
 #include <string>
 #include <vector>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr std::string_view kDirective = "#include";
 constexpr std::size_t kMaxDepth = 64;
 constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+constexpr long kMaxReads = 65536;
+
+/// A file that is open for reading, or not.
+class InputFile {
+public:
+    InputFile(const char* path, int flags)
+        : mDescriptor(open(path, O_RDONLY | O_CLOEXEC | flags)) {}
+    ~InputFile() {
+        if (isOpen()) close(mDescriptor);
+    }
+    InputFile(const InputFile&) = delete;
+    InputFile& operator=(const InputFile&) = delete;
+
+    bool isOpen() const { return mDescriptor >= 0; }
+    bool isRegular() const {
+        struct stat status = {};
+        return fstat(mDescriptor, &status) == 0 && S_ISREG(status.st_mode);
+    }
+    // As read(2), unless a signal interrupts it.
+    ssize_t readSome(char* bytes, std::size_t room) const {
+        ssize_t count = -1;
+        do
+            count = read(mDescriptor, bytes, room);
+        while (count < 0 && errno == EINTR);
+        return count;
+    }
+
+private:
+    int mDescriptor;
+};
+
+// Absence is a property of the tree and holds; these three are the system's present state.
+KyShaderRead outcomeOf(int error) {
+    if (error == ENOMEM) throw std::bad_alloc();
+    const bool passes = error == EMFILE || error == ENFILE || error == EIO;
+    return passes ? KyShaderRead::Failed : KyShaderRead::CannotRead;
+}
 
 struct FileText {
     KyShaderRead outcome;
     std::string text;
 };
 
-// A line feed in front of each line and none at the end, whatever the file ends in. A file of more
-// than `bytesLeft` counts as one that cannot be read and uses them up all the same: a device or a
-// runaway log is read once, however often it is named.
-FileText loadFile(const char* path, std::size_t& bytesLeft) {
-    if (bytesLeft == 0) return {KyShaderRead::TooMuch, {}};
-    std::ifstream file(path, std::ios_base::in);
-    std::string text(1, '\n');
-    char chunk[16384];
-    while (file.good()) {
-        file.read(chunk, sizeof chunk);
-        text.append(chunk, static_cast<std::size_t>(file.gcount()));
-        if (text.size() - 1 > bytesLeft) {
-            bytesLeft = 0;
-            return {KyShaderRead::TooMuch, {}};
-        }
+// The files of one expansion, within what it may read.
+class FileReader {
+public:
+    /// A line feed in front of each line and none at the end, whatever the file ends in; all of a
+    /// file or nothing. A file of more than is left counts as one that cannot be read and uses that
+    /// up all the same: a runaway log is read once, however often it is named.
+    FileText load(const char* path, KyShaderTop kind) {
+        if (mReadsLeft == 0) return {KyShaderRead::TooMany, {}};
+        if (mBytesLeft == 0) return {KyShaderRead::TooMuch, {}};
+        --mReadsLeft;
+        // To open or read a pipe or a device may take for ever.
+        const bool any = kind == KyShaderTop::Any;
+        const InputFile file(path, any ? 0 : O_NONBLOCK | O_NOCTTY);
+        if (!file.isOpen()) return {outcomeOf(errno), {}};
+        if (!any && !file.isRegular()) return {KyShaderRead::CannotRead, {}};
+        return readAll(file);
     }
-    bytesLeft -= text.size() - 1;
-    if (text.size() == 1) {
-        const bool read = file.is_open() && !file.bad();  // a folder opens, and reads badly
-        return {read ? KyShaderRead::Done : KyShaderRead::CannotRead, {}};
-    }
-    if (text.back() == '\n') text.pop_back();
-    return {KyShaderRead::Done, std::move(text)};
-}
 
-// Text that shrinks and grows at its front: it lies at the end of its buffer.
+private:
+    FileText readAll(const InputFile& file) {
+        std::string text(1, '\n');
+        char chunk[16384];
+        while (const ssize_t some = file.readSome(chunk, sizeof chunk)) {
+            if (some < 0) return {outcomeOf(errno), {}};
+            const auto count = static_cast<std::size_t>(some);
+            if (count > mBytesLeft) {
+                mBytesLeft = 0;
+                return {KyShaderRead::TooMuch, {}};
+            }
+            mBytesLeft -= count;
+            text.append(chunk, count);
+        }
+        if (text.size() == 1) return {KyShaderRead::Done, {}};
+        if (text.back() == '\n') text.pop_back();
+        return {KyShaderRead::Done, std::move(text)};
+    }
+
+    std::size_t mBytesLeft = kMaxBytes;
+    long mReadsLeft = kMaxReads;
+};
+
+// Text that shrinks and grows at its front: it is kept at the end of its buffer.
 class RestOfText {
 public:
     std::string_view view() const { return std::string_view(mBuffer).substr(mBegin); }
@@ -76,53 +134,71 @@ std::string includeFolder(std::string_view path) {
 }
 
 // Expands a text. The rule is: find the first directive, replace it by the file, search again from
-// the start. What stands in front of the first directive holds none, so the new search need not
-// go back further than a directive could reach into it.
+// the start. The text before the first directive contains none, so the new search need not go back
+// further than a directive could reach into it.
 class Expansion {
 public:
-    Expansion(const char* path, KyShaderSourceObserver* observer)
+    Expansion(const char* path, KyShaderSourceObserver* observer, KyShaderTop top)
         : mObserver(observer), mFolder(includeFolder(path)) {
-        insert(path, true);
+        insert(path, mReader.load(path, top), true);
     }
 
-    std::string run() {
+    KyShaderExpansion run() {
         while (true) {
             const std::size_t at = mRest.view().find(kDirective);
             finish(std::min(at, mRest.size()));
-            if (at == std::string_view::npos) return std::move(mDone);
-            leaveEndedFiles();
-            const std::string path = mFolder + takeDirective();
-            insert(path, mRest.size() >= mOpenFiles.back().behind);
+            if (at == std::string_view::npos) return {mDone.c_str(), mIsComplete};
+            leaveFilesThatEndBefore(mRest.size() - 1);
+            const Directive directive = takeDirective();
+            const bool whole = directive.isClosed && mRest.size() >= mOpenFiles.back().after;
+            // The file is nested in the one that closes the quotes.
+            leaveFilesThatEndBefore(mRest.size());
+            if (directive.hasName) include(mFolder + directive.name, whole);
             searchAgain();
         }
     }
 
 private:
+    struct Directive {
+        std::string name;
+        bool hasName;   // there is an opening quote
+        bool isClosed;  // and a closing one; the name runs to the end of the text otherwise
+    };
+    struct OpenFile {
+        std::size_t after;  // length of the text after it
+        std::string path;
+        bool whole;  // one file contains the whole directive that named it
+    };
+
     void finish(std::size_t count) {
         if (mObserver != nullptr) mObserver->finished(count);
         mDone.append(mRest.view().substr(0, count));
         mRest.drop(count);
     }
 
-    // Takes the directive off the text and gives the name between its quotes. Without a closing
-    // quote the name runs to the end of the text; without any, all of the text is the directive.
-    std::string takeDirective() {
+    // Without an opening quote all of the text is the directive.
+    Directive takeDirective() {
         const std::string_view rest = mRest.view();
-        const std::size_t open = std::min(rest.find('"'), rest.size() - 1);
-        const std::size_t close = std::min(rest.find('"', open + 1), rest.size());
-        const std::size_t end = std::min(close + 1, rest.size());
-        std::string name(rest.substr(open + 1, close - open - 1));
-        if (mObserver != nullptr) mObserver->directive(rest.substr(0, end), name);
-        mRest.drop(end);
-        return name;
+        const std::size_t open = rest.find('"');
+        const bool hasName = open != std::string_view::npos;
+        const std::size_t close = hasName ? rest.find('"', open + 1) : open;
+        const bool isClosed = close != std::string_view::npos;
+        const std::string_view text = rest.substr(0, isClosed ? close + 1 : close);
+        Directive directive{{}, hasName, isClosed};
+        if (hasName) directive.name = rest.substr(open + 1, isClosed ? close - open - 1 : close);
+        if (mObserver != nullptr) mObserver->directive(text, directive.name);
+        mRest.drop(text.size());
+        return directive;
     }
 
-    // A file that we are in, by directives each of which stood in one file from its first character
-    // to its quotes, gives the same directives once more: without an end.
+    // A file that we are in comes to the same directives once more, without an end, if it came to
+    // this one by directives that one file each contained as a whole, or if nothing follows it, as
+    // nothing did then.
     bool isEndless(const std::string& path, bool whole) const {
-        for (auto file = mOpenFiles.rbegin(); whole && file != mOpenFiles.rend(); ++file) {
-            if (file->path == path) return true;
-            whole = file->whole;
+        for (auto file = mOpenFiles.rbegin(); file != mOpenFiles.rend(); ++file) {
+            const bool isLast = file->after == 0 && mRest.size() == 0;
+            if ((whole || isLast) && file->path == path) return true;
+            whole = whole && file->whole;
         }
         return false;
     }
@@ -130,15 +206,15 @@ private:
     FileText read(const std::string& path, bool whole) {
         if (isEndless(path, whole)) return {KyShaderRead::Endless, {}};
         if (mOpenFiles.size() > kMaxDepth) return {KyShaderRead::TooDeep, {}};
-        return loadFile(path.c_str(), mBytesLeft);
+        return mReader.load(path.c_str(), KyShaderTop::Regular);
     }
 
-    // @param whole whether the directive stood in one file
-    void insert(const std::string& path, bool whole) {
-        const FileText file = read(path, whole);
+    // @param whole whether one file contains the whole directive
+    void include(const std::string& path, bool whole) { insert(path, read(path, whole), whole); }
+
+    void insert(const std::string& path, const FileText& file, bool whole) {
         if (mObserver != nullptr) mObserver->file(path.c_str(), file.text, file.outcome);
-        for (OpenFile& open : mOpenFiles)
-            open.behind = std::min(open.behind, mRest.size());
+        if (file.outcome == KyShaderRead::Failed) mIsComplete = false;
         if (!file.text.empty()) mOpenFiles.push_back({mRest.size(), path, whole});
         mRest.prepend(file.text);
     }
@@ -152,20 +228,16 @@ private:
         mDone.resize(mDone.size() - back);
     }
 
-    void leaveEndedFiles() {
-        while (!mOpenFiles.empty() && mRest.size() <= mOpenFiles.back().behind)
+    // @param rest length of the text from there on
+    void leaveFilesThatEndBefore(std::size_t rest) {
+        while (mOpenFiles.back().after > rest)
             mOpenFiles.pop_back();
     }
 
-    struct OpenFile {
-        std::size_t behind;  // length of the text behind it
-        std::string path;
-        bool whole;  // the directive that named it stood in one file
-    };
-
-    KyShaderSourceObserver* mObserver;   // may be null
-    std::size_t mBytesLeft = kMaxBytes;  // that may still be read
-    std::vector<OpenFile> mOpenFiles;    // that we are in, from the top-level one inwards
+    KyShaderSourceObserver* mObserver;  // may be null
+    FileReader mReader;
+    bool mIsComplete = true;
+    std::vector<OpenFile> mOpenFiles;  // that we are in, from the top-level one inwards
     std::string mFolder;
     std::string mDone;
     RestOfText mRest;
@@ -177,8 +249,8 @@ KyString shaderPath(const KyString& root, const KyString& folder, const KyString
     return root + "/share/shaders/" + folder + "/" + file;
 }
 
-KyString loadShader(const char* path, KyShaderSourceObserver* observer) {
-    return Expansion(path, observer).run().c_str();
+KyShaderExpansion loadShader(const char* path, KyShaderSourceObserver* observer, KyShaderTop top) {
+    return Expansion(path, observer, top).run();
 }
 
 KyString shaderText(const KyShaderParametersMacros& macros, const KyString& source) {

@@ -29,7 +29,7 @@ std::string treeOf(const std::string& path, const std::string& tree) {
 
 ExpandedFile::ExpandedFile(std::string path, const std::string& tree)
     : mPath(std::move(path)), mTree(treeOf(mPath, tree)) {
-    mText = loadShader(mPath.c_str(), this);
+    mText = loadShader(mPath.c_str(), this, KyShaderTop::Any).text;
     finishText();
     if (mOutcome == KyShaderRead::Done && mText.length() == 0)
         warn({mPath, 0}, "empty", "no text: macro lines alone go to the compiler");
