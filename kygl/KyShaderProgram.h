@@ -29,7 +29,9 @@ class KyShaderUniform;
 /// A program belongs to one thread at a time. `compile` and `apply` run with the GL context of
 /// their argument current; that is not checked. Failure is `false`, null or -1, and a failed link
 /// writes a line to standard output; only GL errors around a build and of the value of a uniform
-/// are reported. Before `create`, and after `deleteProgram`, each operation but `unUse` gives the
+/// are reported. A GL error that the application left pending before a build is taken for one of
+/// the build: nothing reports it, and it costs one attempt, which is made again within the same
+/// call, and the shader object of that attempt. Before `create`, and after `deleteProgram`, each operation but `unUse` gives the
 /// value that it gives for failure and does nothing else.
 class KYGL_API KyShaderProgram {
 public:

@@ -5,6 +5,7 @@
 #include <kygl/KyShaderUniform.h>
 #include <kylib/KyString.h>
 
+class KyResult;
 class KyShader;
 
 /// A vertex and a fragment shader, linked into a GL program for one context at a time, with the
@@ -106,6 +107,8 @@ public:
 
 private:
     KYGL_LOCAL bool link(unsigned int context);
+    KYGL_LOCAL KyResult makeProgram(unsigned int iov, unsigned int iof);
+    KYGL_LOCAL void letGoOfProgram() noexcept;
 
     KyShader* mFragmentShader;    ///< borrowed
     KyShader* mVertexShader;      ///< borrowed

@@ -50,7 +50,8 @@ KYGL_API KyResult kyglShaderGLSLPrepareProgram2(const KyString& vertexSource,
 ///@}
 
 /// Links a program, also one that is linked already. A GL error of the link itself is notified; the
-/// link status alone decides the outcome.
+/// link status alone decides the result. A GL that stores no status, as for a name that is no
+/// program, makes the plain form a failure and the form with a 2 a success.
 /// @return success, or code 1 with its place, the message "Shader Error: " and the GL's log
 ///@{
 KYGL_API KyResult kyglShaderGLSLLinkProgram(unsigned int inProgram);

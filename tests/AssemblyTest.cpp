@@ -1,3 +1,4 @@
+#include "support/Allocations.h"
 #include "support/RecordedGL.h"
 #include "support/Reports.h"
 
@@ -53,6 +54,16 @@ TEST_F(AssemblyTest, aFaultIsToldWithItsLineAndNothingElse) {
     gl.strings.clear();
     kyglShaderARBCreateObject("a", fragment, 0);
     EXPECT_STREQ(reports.results.at(0).result.message(), "") << "a driver without words";
+}
+
+TEST_F(AssemblyTest, noNameIsLostWhereAnErrorAndLackOfMemoryMeet) {
+    for (const char* const call : {"glGenProgramsARB", "glBindProgramARB", "glProgramStringARB"}) {
+        gl.failNext(call, GL_INVALID_OPERATION);
+        const bool isText = call[2] == 'P';  // its error is read after the GL's words
+        gl.on = {{isText ? "glGetString" : call, [] { Allocations::failing = 1; }}};
+        EXPECT_THROW(kyglShaderARBCreateObject("a", vertex, 1), std::bad_alloc);
+        EXPECT_EQ(vertex, gl.lastName) << call;
+    }
 }
 
 TEST_F(AssemblyTest, stagesInOrderAndAGLErrorEndsThere) {

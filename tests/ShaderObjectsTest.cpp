@@ -221,6 +221,45 @@ static void noteBuild(const KyShader::Build& build) {
     sBuilds.push_back(note + ' ' + build.result.message() + (build.time.count() > 0 ? "" : "?"));
 }
 
+TEST_F(ShaderObjectsTest, aStageThatFailedInPassingIsNotTakenForOneThatIsBroken) {
+    for (const int failing : {1, 2}) {  // the vertex shader, the fragment shader
+        KyShaderProgram program;
+        program.create("v", "f", tree.folder);
+        gl.failNth("glCompileShaderARB", failing, GL_INVALID_ENUM);
+        EXPECT_TRUE(program.compile(1)) << "the second attempt";
+        const auto broken = [&] {
+            return failing == 1 ? program.pushVertexMacro("BROKEN")
+                                : program.pushFragmentMacro("BROKEN");
+        };
+        EXPECT_TRUE(broken());
+        gl.compileStatus.always = 0;
+        EXPECT_FALSE(program.compile(1)) << "not with the program of another set";
+        gl.compileStatus.always = 1;
+        program.setParameter(KyShaderParametersMacros());
+        gl.calls.clear();
+        EXPECT_TRUE(program.compile(1) && gl.calls.empty()) << "the good set is linked once";
+    }
+}
+
+TEST_F(ShaderObjectsTest, noProgramIsLostWhereAnErrorAndLackOfMemoryMeet) {
+    for (const char* const call :
+         {"glCreateProgramObjectARB", "glAttachObjectARB", "glLinkProgramARB"}) {
+        for (const bool caching : {false, true}) {
+            drain(1);
+            KyVertexShader vertex("v", tree.folder, caching);
+            KyFragmentShader fragment("f", tree.folder, caching);
+            KyShaderTechnique technique(&vertex, &fragment);
+            gl.failNext(call, GL_INVALID_OPERATION);
+            gl.on[call] = [] { Allocations::failing = 1; };
+            EXPECT_THROW(technique.compile(1), std::bad_alloc);
+            gl.on.clear();
+            const std::string name = std::to_string(gl.lastName);
+            EXPECT_EQ(drain(1), Calls{"glDeleteProgram(" + name + ")"}) << call;
+            EXPECT_TRUE(technique.compile(1));
+        }
+    }
+}
+
 TEST_F(ShaderObjectsTest, theObserverIsToldOfWhatIsReallyBuilt) {
     const auto builds = [](KyShaderTechnique& technique) {
         technique.compile(2);

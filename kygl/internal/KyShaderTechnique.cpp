@@ -60,11 +60,15 @@ bool KyShaderTechnique::link(unsigned int context) {
     if (!mVertexShader->isCurrent(context) || !mFragmentShader->isCurrent(context)) return false;
 
     const KyShaderBuildReport report;
-    KYGL_CHECKED(mProgram = glCreateProgramObjectARB(), 1);
+    mProgram = 0;
     mGLContext = context;
-    KYGL_CHECKED(glAttachObjectARB(mProgram, iov), 1);
-    KYGL_CHECKED(glAttachObjectARB(mProgram, iof), 1);
-    const KyResult result = kyglShaderGLSLLinkProgram(mProgram);
+    KyResult result;
+    try {
+        result = makeProgram(iov, iof);
+    } catch (...) {
+        letGoOfProgram();
+        throw;
+    }
     if (result.ok()) {
         mHasProgram = true;
         mIsUpToDate = true;
@@ -75,6 +79,24 @@ bool KyShaderTechnique::link(unsigned int context) {
     }
     report.tell(mVertexShader, mFragmentShader, context, result);
     return result.ok();
+}
+
+KyResult KyShaderTechnique::makeProgram(unsigned int iov, unsigned int iof) {
+    KYGL_CHECKED(mProgram = glCreateProgramObjectARB(), 1);
+    KYGL_CHECKED(glAttachObjectARB(mProgram, iov), 1);
+    KYGL_CHECKED(glAttachObjectARB(mProgram, iof), 1);
+    return kyglShaderGLSLLinkProgram(mProgram);
+}
+
+// Queues a program that an exception left unfinished: now, or without memory for the queue when
+// this technique builds again or dies.
+void KyShaderTechnique::letGoOfProgram() noexcept {
+    mHasProgram = mProgram != 0;
+    mOwnsProgram = mHasProgram;
+    try {
+        deleteTechnique();
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
@@ -148,19 +170,22 @@ KyShaderTechnique* KyShaderTechnique::KyTechniqueCaching::getTechnique(KyShader*
     if (vertex == nullptr || fragment == nullptr) return nullptr;
     const unsigned int vertexId = vertex->compile(context);
     const unsigned int fragmentId = fragment->compile(context);
-    for (long i = mVertexIds.find(vertexId); i < mVertexIds.size;
-         i = mVertexIds.find(vertexId, i + 1))
-        if (mFragmentIds[i] == fragmentId && mTechniques[i]->mGLContext == context)
-            return mTechniques[i];
+    // 0 is the name of every stage that failed.
+    if (vertexId != 0 && fragmentId != 0)
+        for (long i = mVertexIds.find(vertexId); i < mVertexIds.size;
+             i = mVertexIds.find(vertexId, i + 1))
+            if (mFragmentIds[i] == fragmentId && mTechniques[i]->mGLContext == context)
+                return mTechniques[i];
 
-    auto made = std::make_unique<KyShaderTechnique>(vertex, fragment);
-    made->mUseCashing = false;
-    if (!made->compile(context)) return nullptr;
     mTechniques.reserve(mTechniques.size + 1);
     mVertexIds.reserve(mVertexIds.size + 1);
     mFragmentIds.reserve(mFragmentIds.size + 1);
-    mVertexIds.append(vertexId);
-    mFragmentIds.append(fragmentId);
+    auto made = std::make_unique<KyShaderTechnique>(vertex, fragment);
+    made->mUseCashing = false;
+    if (!made->compile(context)) return nullptr;
+    // A stage that failed above may have compiled now: these are the names that were linked.
+    mVertexIds.append(vertex->compile(context));
+    mFragmentIds.append(fragment->compile(context));
     mTechniques.append(made.get());
     return made.release();
 }

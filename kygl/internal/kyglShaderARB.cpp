@@ -5,6 +5,7 @@
 #include <sogl/SoGLContext.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -23,6 +24,11 @@ void notifyFault(int position, const KyString& source) {
     KyResult(1, lineOf(position, source), kSource, KyString(text).dataPtr(), "").notify();
 }
 
+KyResult withoutName(unsigned int& id, KyResult failure) {
+    id = 0;
+    return failure;
+}
+
 }  // namespace
 
 bool kyglShaderARBAvailable() {
@@ -32,20 +38,19 @@ bool kyglShaderARBAvailable() {
 
 KyResult kyglShaderARBCreateObject(const KyString& source, unsigned int& outProgram,
                                    int inIsVertexProgram) {
-    outProgram = 0;
-    unsigned int id = 0;
+    unsigned int& id = outProgram;  // where an exception passes, the caller has the name
+    id = 0;
     KyResult step = KYGL_CHECKED(glGenProgramsARB(1, &id), 0);
-    if (step.failed()) return step;
+    if (step.failed()) return withoutName(id, std::move(step));
     const GLenum target = inIsVertexProgram != 0 ? GL_VERTEX_PROGRAM_ARB : GL_FRAGMENT_PROGRAM_ARB;
     step = KYGL_CHECKED(glBindProgramARB(target, id), 0);
-    if (step.failed()) return step;
+    if (step.failed()) return withoutName(id, std::move(step));
     glProgramStringARB(target, GL_PROGRAM_FORMAT_ASCII_ARB, static_cast<GLsizei>(source.length()),
                        source.dataPtr());
     int position = -1;
     glGetIntegerv(GL_PROGRAM_ERROR_POSITION_ARB, &position);
     const bool failed = glGetError() != GL_NO_ERROR;
     if (failed || position != -1) notifyFault(position, source);
-    outProgram = id;
     return KyOK;
 }
 
