@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <thread>
 
@@ -40,6 +41,14 @@ bool RealGLX::available() {
 
 bool RealGLX::masked() {
     return std::getenv("MESA_EXTENSION_OVERRIDE") != nullptr;
+}
+
+void RealGLX::expectRenderer() {
+    const char* const wanted = std::getenv("KYGL_TEST_RENDERER");
+    const auto* const renderer = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
+    ASSERT_TRUE(wanted == nullptr ||
+                (renderer != nullptr && std::strstr(renderer, wanted) != nullptr))
+        << renderer;
 }
 
 RealGLX::RealGLX(const RealGLX* neighbour)

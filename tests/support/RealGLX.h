@@ -10,6 +10,7 @@ class RealGLX {
 public:
     static bool available();  ///< whether there is an X display that can do GLX
     static bool masked();     ///< whether this run hides extensions of the driver
+    static void expectRenderer();
 
     /// Current on the calling thread; on a neighbour's connection, or on one of its own.
     explicit RealGLX(const RealGLX* neighbour = nullptr);
@@ -25,11 +26,13 @@ private:
     struct __GLXcontextRec* mContext;
 };
 
-/// Skips its tests where there is no display.
+/// Skips its tests where there is no display. KYGL_TEST_RENDERER in the environment names the
+/// driver that they are to run on.
 struct RealGLXTest : testing::Test {
     void SetUp() override {
         if (!RealGLX::available()) GTEST_SKIP() << "no X display with GLX";
         gl = std::make_unique<RealGLX>();
+        RealGLX::expectRenderer();
     }
     std::unique_ptr<RealGLX> gl;  ///< current when a test begins
 };
