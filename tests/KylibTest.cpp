@@ -7,7 +7,9 @@
 #include <gtest/gtest.h>
 #include <QString>
 
+#include <algorithm>
 #include <map>
+#include <string>
 
 TEST(String, keepsOneClosingNulAlsoWhenItFormatsItself) {
     for (const KyString& empty : {KyString(), KyString(nullptr), KyString(0, "%s", "")}) {
@@ -20,6 +22,37 @@ TEST(String, keepsOneClosingNulAlsoWhenItFormatsItself) {
         text.printf("<%s|%s>", text.getString(), text.dataPtr() + 1);
     EXPECT_EQ(text.length(), 4 * 8 + 2 * 7);
     EXPECT_EQ(std::string(text.dataPtr()).substr(0, 16), "<<<5%5%|%5%>|5%5");
+}
+
+TEST(String, formattingAllocatesOnceAtMostAndNeverLosesRoom) {
+    KyString text;
+    const std::string shorter(100, 's'), longer(3000, 'l'), longest(5000, 'x');
+    for (const std::string& result :
+         {std::string("a"), std::string(15, 'b'), shorter, std::string(), longer, shorter, longest,
+          longer, std::string(7400, 'y')}) {
+        const KyString before(text);
+        const long count = Allocations::count, capacity = text.capacity, size = text.size;
+        const auto need = static_cast<long>(result.size()) + 1;
+        const bool grows = need > capacity;
+        if (grows || need > 1024) {
+            Allocations::failing = 1;
+            EXPECT_THROW(text.printf("%s", result.c_str()), std::bad_alloc);
+            EXPECT_TRUE(compare(text, before) == 0 && text.capacity == capacity);
+        }
+        const long failed = Allocations::count - count;
+        text.printf("%s", result.c_str());
+        EXPECT_EQ(text.dataPtr(), result);
+        EXPECT_LE(Allocations::count - count - failed, grows || need > 1024 ? 1 : 0) << need;
+        EXPECT_EQ(text.capacity, grows ? std::max(need, size * 3 / 2) : capacity) << need;
+    }
+    text.printf("%d %ls", 1, L"\x20ac");  // refused: the locale has no such character
+    EXPECT_TRUE(text.size == 1 && text.dataPtr() == std::string());
+
+    const long count = Allocations::count;
+    const KyString made(0, "%s", shorter.c_str());
+    const KyString sum = made + made;
+    EXPECT_EQ(Allocations::count, count + 2);
+    EXPECT_EQ(sum.dataPtr(), shorter + shorter);
 }
 
 TEST(Result, ownsItsTextsAndCostsNothingForSuccess) {
@@ -36,6 +69,21 @@ TEST(Result, ownsItsTextsAndCostsNothingForSuccess) {
     kept = KyResult(KyOK);
     EXPECT_EQ(Allocations::count, before);
     EXPECT_TRUE(kept.ok() && kept == KyOK);
+}
+
+TEST(Result, textIsOnePrintableLineWhateverItsParts) {
+    const char* const message = "\tone\x1b[31m\r\ntw\xc3\xb6\r \xe2\x82\xac\xf0\x9f\x98\x80\n";
+    const char* const detail =
+        "\xff \xc2\x9b \xc0\xaf \xe0\x80\xaf \xed\xa0\x80 \xf4\x90\x80\x80 \xe2\x82";
+    const KyResult result(1, 2, "a\r\nb\x7f", message, detail);
+    EXPECT_STREQ(
+        result.text(),
+        "a\\x0d\\x0ab\\x7f:2: \\x09one\\x1b[31m | tw\xc3\xb6\\x0d \xe2\x82\xac\xf0\x9f\x98\x80"
+        " \\xff \\xc2\\x9b \\xc0\\xaf \\xe0\\x80\\xaf \\xed\\xa0\\x80 \\xf4\\x90\\x80\\x80 "
+        "\\xe2\\x82"
+        " code=1");
+    EXPECT_STREQ(result.file(), "a\r\nb\x7f");
+    EXPECT_TRUE(result.message() == std::string(message) && result.detail() == std::string(detail));
 }
 
 TEST(Result, reportsFailuresAndNothingElse) {

@@ -41,8 +41,9 @@ public:
     const char* message() const noexcept;  ///< never null
     const char* detail() const noexcept;   ///< never null
 
-    /// The whole outcome as one printable line without line end: "ok", or place, message and
-    /// detail and code, with line ends inside them shown as " | ". Valid as long as this value.
+    /// The whole outcome as one printable line without line end: "ok", or place, message, detail
+    /// and code. Line ends inside message and detail are shown as " | ", controls and bytes that
+    /// are not UTF-8 as "\x1b". Valid as long as this value.
     const char* text() const noexcept;
 
     /// Hands a failure to the reporter; does nothing on success.

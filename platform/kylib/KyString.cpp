@@ -1,5 +1,6 @@
 #include <kylib/KyString.h>
 
+#include <algorithm>
 #include <cstdio>
 
 KyString::KyString() {
@@ -16,11 +17,15 @@ KyString::KyString(const KyString& other) : KyDArray<char>(), KyHandable(other) 
     assign(other.data, other.length());
 }
 
-KyString::KyString(int, const char* format, ...) : KyString() {
+KyString::KyString(int, const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     vprintf(format, arguments);
     va_end(arguments);
+}
+
+KyString::KyString(Room room) {
+    resize(room.bytes);
 }
 
 KyString::~KyString() = default;
@@ -37,21 +42,31 @@ void KyString::printf(const char* format, ...) {
     va_end(arguments);
 }
 
-// The text is made aside and swapped in, because arguments may point into the present one.
+// The text is made aside, because arguments may point into the present one.
 void KyString::vprintf(const char* format, std::va_list arguments) {
+    char aside[1024];
     std::va_list again;
     va_copy(again, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, arguments);
-    KyDArray<char> made;
+    const int length = std::vsnprintf(aside, sizeof aside, format, arguments);
     try {
-        made.resize(length < 0 ? 1 : long{length} + 1);
+        if (length < static_cast<int>(sizeof aside))
+            assign(aside, std::max(length, 0));
+        else
+            vprintfLong(length, format, again);
     } catch (...) {
         va_end(again);
         throw;
     }
-    made[0] = '\0';
-    if (length > 0) std::vsnprintf(made.data, static_cast<std::size_t>(made.size), format, again);
     va_end(again);
+}
+
+// Takes a block of its own, which replaces that of the array as if that had grown.
+void KyString::vprintfLong(long length, const char* format, std::va_list arguments) {
+    const long grown = std::max(length + 1, static_cast<long>(1.5 * static_cast<double>(size)));
+    KyDArray<char> made;
+    made.reserve(length < capacity ? capacity : grown);
+    made.size = length + 1;
+    std::vsnprintf(made.data, static_cast<std::size_t>(made.size), format, arguments);
     swap(made);
 }
 
@@ -78,8 +93,7 @@ void KyString::assign(const char* bytes, long count) {
 }
 
 KyString operator+(const KyString& left, const KyString& right) {
-    KyString sum;
-    sum.resize(left.length() + right.length() + 1);
+    KyString sum(KyString::Room{left.length() + right.size});
     std::memcpy(sum.data, left.data, static_cast<std::size_t>(left.length()));
     std::memcpy(sum.data + left.length(), right.data, static_cast<std::size_t>(right.size));
     return sum;

@@ -32,7 +32,8 @@ public:
     KyString& operator=(const KyString& other);
 
     /// The content becomes the formatted text. Arguments may point into this very string.
-    /// A format that the C library refuses gives the empty text.
+    /// A format that the C library refuses gives the empty text. Allocates once at most: for a text
+    /// that does not fit in the capacity, and for one of 1024 bytes or more.
     ///@{
     void printf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void vprintf(const char* format, std::va_list arguments) __attribute__((format(printf, 2, 0)));
@@ -54,7 +55,15 @@ public:
     long length() const { return size - 1; }
 
 private:
+    friend KYLIB_API KyString operator+(const KyString& left, const KyString& right);
+
+    struct Room {
+        long bytes;
+    };
+    explicit KyString(Room room);  // as many bytes, undefined
+
     void assign(const char* bytes, long count);
+    void vprintfLong(long length, const char* format, std::va_list arguments);
 };
 
 /// The two texts, one behind the other.

@@ -1,33 +1,97 @@
 #include "Allocations.h"
 
-#include <kylib/kymemory.h>
-
+#include <malloc.h>
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
+// Calls from every library lead here, because the executable comes first where symbols are looked
+// up. Sanitizers keep theirs under another name, and serve `new` without a call of `malloc`. They
+// allocate before they are ready for code of theirs, so this file is built without.
+#ifdef KYGL_SANITIZED
+#define REAL(function) __interceptor_##function
+#else
+#define REAL(function) __libc_##function
+#endif
+
+extern "C" {
+
+void* REAL(malloc)(std::size_t bytes);
+void* REAL(calloc)(std::size_t count, std::size_t bytes);
+void* REAL(realloc)(void* block, std::size_t bytes);
+void* REAL(memalign)(std::size_t alignment, std::size_t bytes);
+}
+
 namespace {
 
-void* counted(void* old, std::size_t bytes) {
+bool nextFails() {
+    if (Allocations::exempt != 0) return false;
     ++Allocations::count;
-    if (Allocations::failing != 0 && --Allocations::failing == 0) throw std::bad_alloc();
-    void* const block = std::realloc(old, bytes != 0 ? bytes : 1);
-    if (block == nullptr) throw std::bad_alloc();
-    return block;
+    long& failing = Allocations::failing;
+    if (failing == 0) return false;
+    if (failing > 1) {
+        --failing;
+        return false;
+    }
+    if (!Allocations::failingOnwards) failing = 0;
+    ++Allocations::failed;
+    return true;
+}
+
+template <typename Allocate>
+void* unlessFailing(Allocate allocate) {
+    if (!nextFails()) return allocate();
+    errno = ENOMEM;
+    return nullptr;
 }
 
 }  // namespace
 
-void* kymalloc(std::size_t bytes) {
-    return counted(nullptr, bytes);
+extern "C" {
+
+void* malloc(std::size_t bytes) noexcept {
+    return unlessFailing([=] { return REAL(malloc)(bytes); });
 }
-void* kyrealloc(void* block, std::size_t bytes) {
-    return counted(block, bytes);
+
+void* calloc(std::size_t count, std::size_t bytes) noexcept {
+    return unlessFailing([=] { return REAL(calloc)(count, bytes); });
 }
+
+void* realloc(void* block, std::size_t bytes) noexcept {
+    return unlessFailing([=] { return REAL(realloc)(block, bytes); });
+}
+
+void* memalign(std::size_t alignment, std::size_t bytes) noexcept {
+    return unlessFailing([=] { return REAL(memalign)(alignment, bytes); });
+}
+
+void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
+    return memalign(alignment, bytes);
+}
+
+int posix_memalign(void** block, std::size_t alignment, std::size_t bytes) noexcept {
+    void* const made = memalign(alignment, bytes);
+    if (made == nullptr) return ENOMEM;
+    *block = made;
+    return 0;
+}
+
+}  // extern "C"
+
+#ifdef KYGL_SANITIZED
+
 void* operator new(std::size_t bytes) {
-    return counted(nullptr, bytes);
+    if (void* const block = malloc(bytes)) return block;
+    throw std::bad_alloc();
 }
 void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
-    return std::malloc(bytes);
+    return malloc(bytes);
+}
+void* operator new[](std::size_t bytes) {
+    return operator new(bytes);
+}
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+    return malloc(bytes);
 }
 void operator delete(void* block) noexcept {
     std::free(block);
@@ -35,3 +99,11 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, std::size_t) noexcept {
     std::free(block);
 }
+void operator delete[](void* block) noexcept {
+    std::free(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+#endif
