@@ -35,8 +35,6 @@ struct Drawn {
         kyglSetContext(1);
         KyGLText::setFont(12, true, false, "helvetica");
         KyGLText::setBackground(0, 0, 0, boxed ? kBox[3] : 0);
-        while (glGetError() != GL_NO_ERROR) {
-        }
         int width = 0;
         int height = 0;
         if (KyGLText::textExtent(kLine, width, height) != 1)

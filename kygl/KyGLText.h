@@ -21,9 +21,18 @@ struct _XDisplay;
 /// Text is 8-bit and ends at its NUL. A line ends at a line feed or at the two bytes `\` `n`; a
 /// break at the very end makes no further line. Sizes and lengths are to stay within an `int`.
 ///
-/// Mesa leaves GL_OUT_OF_MEMORY pending when lists of a font are made that has blank glyphs, though
-/// the lists are good. Whatever loads a font does that: `setFont`, or the first use of text in a
-/// context, be it a setter. Read the error away, or the next error check of the context reports it.
+/// A byte moves the pen by the width that `textExtent` counts for it: that of its glyph or, if the
+/// font lacks it, that of the font's default character. This holds from the first to the last code
+/// of the font (`min_char_or_byte2` and `max_char_or_byte2` of its XFontStruct). Filter other
+/// bytes, such as control characters: a lower one is counted, but draws nothing and does not move
+/// the pen, and a higher one calls a list that is not the font's.
+///
+/// Display lists are made by whatever loads a font: `setFont`, or the first use of text in a
+/// context, be it a setter; and by the first `render` of a font that has none. Mesa's `glXUseXFont`
+/// then leaves GL_OUT_OF_MEMORY pending. An error check takes it and drops its result, and with it
+/// any error that the application left pending: check your own calls before. A list that the
+/// application is compiling ends where a font's lists are made, and while a buffer is bound to
+/// GL_PIXEL_UNPACK_BUFFER Mesa's `glXUseXFont` crashes.
 ///
 /// Any thread may call. One lock serialises all drawing and measuring; it is held across the GL and
 /// X calls, and the registry's lock is taken inside it. The plain settings that say so take no
@@ -82,7 +91,10 @@ public:
     /// an application that measures before it draws would lose its text otherwise. Until then
     /// `render` draws its boxes and leaves the characters out.
     ///
-    /// GL calls when lists are made: `glGenLists`, and those of `glXUseXFont`.
+    /// GL calls when lists are made: `glGenLists` and those of `glXUseXFont`; for each code without
+    /// ink or glyph, whose list Mesa leaves empty, `glNewList`, `glBitmap` or `glCallList`, and
+    /// `glEndList`; and an error check. If `glGenLists` returns 0, the font has no lists: `setFont`
+    /// still makes the calls of `glXUseXFont` and the check, `render` makes none.
     /// @param size in pixels
     /// @param family as the server spells it, not null
     static void setFont(int size, bool bold, bool italic, const char* family);
@@ -112,7 +124,8 @@ public:
     /// on everything else, and nothing shows where the position is clipped. A translucent
     /// foreground over an opaque or no background is blended with the function that the GL state
     /// holds. The blend equation is set as the toolkit's flags of the context allow, and left alone
-    /// without a toolkit context. GL errors are not looked at.
+    /// without a toolkit context. GL errors are not looked at, unless a font's lists are made.
+    /// Compiled into a display list, text loses its moves on Mesa, which drops null bitmaps there.
     /// @param text not null
     ///@{
     static void render(float x, float y, float z, const char* text);

@@ -79,10 +79,10 @@ void compare(unsigned int context, const char* pattern, int size) {
     ASSERT_NE(font, nullptr);
     const GLuint lists = glGenLists(256);
     glXUseXFont(font->fid, 0, 256, static_cast<int>(lists));
-    kyglSetContext(context);
-    KyGLText::setFont(size, true, false, "helvetica");
     while (glGetError() != 0)
         continue;  // blank glyphs leave one in Mesa
+    kyglSetContext(context);
+    KyGLText::setFont(size, true, false, "helvetica");
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
     picture();
     const Pixels empty = picture();
@@ -153,5 +153,40 @@ TEST_F(TextGLTest, theExtentIsThatOfTheBoxesLessTheirMargins) {
         }
         EXPECT_EQ(right - left - 4, width) << text;
         EXPECT_EQ(top - bottom, height) << text;
+    }
+}
+
+// Scaled fonts, of sizes that the server has no bitmaps for, come without metrics of each glyph;
+// those of Chinese without a row for single bytes.
+TEST_F(TextGLTest, thePenEndsWhereXSaysWhateverAFontLacks) {
+    kyglSetContext(newId());
+    const auto pen = [] {
+        float at[4];
+        glGetFloatv(GL_CURRENT_RASTER_POSITION, at);
+        return static_cast<int>(at[0]);
+    };
+    const std::tuple<const char*, const char*, int> fonts[] = {{"fixed", "medium", 13},
+                                                               {"helvetica", "bold", 12},
+                                                               {"song ti", "medium", 16},
+                                                               {"song ti", "medium", 20},
+                                                               {"terminal", "bold", 17}};
+    for (const auto& [family, weight, size] : fonts) {
+        const std::string name = std::string("-*-") + family + '-' + weight + "-r-normal-*-" +
+                                 std::to_string(size) + "-*-*-*-*-*-*-*";
+        XFontStruct* const font = XLoadQueryFont(glXGetCurrentDisplay(), name.c_str());
+        ASSERT_NE(font, nullptr) << name;
+        KyGLText::setFont(size, weight == std::string("bold"), false, family);
+        EXPECT_EQ(glGetError(), 0U) << name;
+        std::string text;
+        for (unsigned int code = font->min_char_or_byte2; code <= font->max_char_or_byte2; ++code)
+            text += static_cast<char>(code);
+        KyGLText::render(0, 0, 0, text.c_str() + (text[0] == '\0'));
+        EXPECT_EQ(pen(), kSide / 2) << name << ": the next line would begin elsewhere";
+        for (const char& each : text) {
+            glRasterPos3f(0, 0, 0);
+            glCallLists(1, GL_UNSIGNED_BYTE, &each);
+            EXPECT_EQ(pen() - kSide / 2, XTextWidth(font, &each, 1)) << name << ' ' << +each;
+        }
+        XFreeFont(glXGetCurrentDisplay(), font);
     }
 }

@@ -31,6 +31,7 @@ struct Server {
         font.fid = fonts.size();
         font.min_char_or_byte2 = 32;
         font.max_char_or_byte2 = last;
+        font.min_bounds = {0, 6, 6, 10, 3, 0};
         font.ascent = 10;
         font.descent = 3;
     }
@@ -64,7 +65,7 @@ int widthOf(std::string_view text) {
 template <typename... Arguments>
 std::string call(const char* name, Arguments... arguments) {
     std::ostringstream text;
-    const char* between = "";
+    [[maybe_unused]] const char* between = "";
     text << name << '(';
     ((text << std::exchange(between, ", ") << arguments), ...);
     return text.str() + ')';
@@ -77,6 +78,7 @@ void note(const char* name, Arguments... arguments) {
 
 const char* bitsOf(const GLubyte* mask, GLsizei width, GLsizei height) {
     if (mask == nullptr) return "null";
+    if (width == 0) return "unread";
     const auto* const end = mask + ((width | 7) + 1L) / 8 * ((height | 7) + 1L);
     return std::all_of(mask, end, [](GLubyte byte) { return byte == 0xFF; }) ? "box" : "holes";
 }
@@ -92,6 +94,11 @@ void putRecorders() {
                       GLfloat y, const GLubyte* mask) {
         const char* const bits = bitsOf(mask, width, height);
         note("glBitmap", width, height, left, below, x + 0, y + 0, bits);  // -0 as 0
+    };
+    static const auto readError = __glewGetError;
+    __glewGetError = [] {
+        note("glGetError");
+        return readError();
     };
     __glewCallLists = [](GLsizei count, GLenum type, const void* lists) {
         note("glCallLists", count, type,
@@ -304,8 +311,8 @@ TEST_F(TextTest, aFontIsAskedForOnceInEachContextAndAnewAfterCleanUp) {
     setLucida();
     setNone();
     EXPECT_EQ(server.takeAsked(), (Calls{kDefault, lucida, any, none, name("*", "bold-i", 99)}));
-    EXPECT_EQ(taken(), (Calls{"glGenLists(127)", "glXUseXFont(1, 32, 95, 1032)", "glGenLists(201)",
-                              "glXUseXFont(2, 32, 169, 2032)"}));
+    EXPECT_EQ(taken(), (Calls{"glGenLists(127)", "glXUseXFont(1, 32, 95, 1032)", "glGetError()",
+                              "glGenLists(201)", "glXUseXFont(2, 32, 169, 2032)", "glGetError()"}));
     server.add(none);
     server.add(lucida);
     setNone();
@@ -399,7 +406,8 @@ TEST_F(TextTest, aFontWithoutListsGetsThemWhenItCan) {
         EXPECT_EQ(rendered("ab"), without) << "the application's lists were written over";
         server.hasLists = true;
         const Calls alone = model(server.lists + 1000, with, "ab");
-        Calls first = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, server.lists + 1032)};
+        Calls first = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, server.lists + 1032),
+                       "glGetError()"};
         first.insert(first.end(), alone.begin(), alone.end());
         EXPECT_EQ(rendered("ab"), first);
         setenv(variable, "1", 1);
@@ -408,6 +416,82 @@ TEST_F(TextTest, aFontWithoutListsGetsThemWhenItCan) {
         KyGLText::cleanUp();
         EXPECT_EQ(taken(), Calls{call("glDeleteLists", server.lists, 127)});
     }
+}
+
+// An i has ink, b is blank, f flat, z without ink and width, - missing.
+XCharStruct glyph(char kind) {
+    return kind == 'i'   ? XCharStruct{0, 5, 6, 9, 2, 0}
+           : kind == 'b' ? XCharStruct{0, 0, 4, 0, 0, 0}
+           : kind == 'f' ? XCharStruct{0, 3, 5, 2, -2, 0}
+           : kind == 'z' ? XCharStruct{1, 1, 0, 0, 0, 0}
+                         : XCharStruct{};
+}
+
+// The lists of a font. Of the library's own "32 +4" advances by 4, and "33 =32" calls that of 32.
+Calls made(int base, unsigned int first, unsigned int count, const char* own) {
+    Calls calls = {call("glGenLists", first + count),
+                   call("glXUseXFont", 1, first, count, static_cast<unsigned int>(base) + first)};
+    std::istringstream in(own);
+    char kind = 0;
+    for (int code = 0, number = 0; in >> code >> kind >> number;) {
+        calls.push_back(call("glNewList", base + code, GL_COMPILE));
+        calls.push_back(kind == '=' ? call("glCallList", base + number)
+                                    : call("glBitmap", 0, 0, 0, 0, number, 0, "unread"));
+        calls.emplace_back("glEndList()");
+    }
+    calls.insert(calls.end(), 2, "glGetError()");
+    return calls;
+}
+
+TEST_F(TextTest, noListLeavesThePenShortOfWhatIsMeasuredAndNoErrorIsLeft) {
+    struct Case {
+        unsigned int first, firstRow, lastRow, substitute;
+        std::string glyphs;  // row by row; a single one is that of all three codes
+        const char* lists;
+    };
+    const Case cases[] = {{32, 0, 0, 33, "bi-fz", "32 +4 34 =33 35 +5 36 +0"},
+                          {32, 0, 0, 32, "b-i", "32 +4 33 =32"},
+                          {32, 0, 0, 0, "b-i", "32 +4"},
+                          {32, 0, 0, 33, "b-i", "32 +4"},
+                          {255, 0, 0, 256, "-b", "255 =256 256 +4"},
+                          {32, 0, 0, 33, "i", ""},
+                          {32, 0, 0, 33, "b", "32 +4 33 +4 34 +4"},
+                          {32, 0, 1, 33, "-i-bbb", "32 =33 34 =33"},
+                          {32, 0, 1, 256 + 32, "-ibfii", "32 +5 34 +4"},
+                          {32, 0, 1, 256 + 34, "-ibii-", "34 +4"},
+                          {32, 1, 2, 256 + 33, "ii-bib", "32 +6 33 +6 34 +6"},
+                          {32, 1, 2, 33, "iiiiii", ""},
+                          {32, 1, 1, 256 + 33, "b", "32 +4 33 +4 34 +4"}};
+    XFontStruct& font = server.fonts[kDefault];
+    for (const auto& [first, firstRow, lastRow, substitute, glyphs, lists] : cases) {
+        std::vector<XCharStruct> all;
+        std::transform(glyphs.begin(), glyphs.end(), std::back_inserter(all), glyph);
+        const auto rows = lastRow - firstRow + 1;
+        const auto count = all.size() > 1 ? static_cast<unsigned int>(all.size()) / rows : 3;
+        font.min_bounds = all[0];
+        font.per_char = all.size() > 1 ? all.data() : nullptr;
+        font.min_char_or_byte2 = first;
+        font.max_char_or_byte2 = first + count - 1;
+        font.min_byte1 = firstRow;
+        font.max_byte1 = lastRow;
+        font.default_char = substitute;
+        for (const bool late : {false, true}) {
+            const unsigned int context = newContext();
+            if (late) server.current = 0;
+            gl.failNext("glXUseXFont", GL_OUT_OF_MEMORY);
+            extent("");
+            server.current = context;
+            Calls calls = late ? rendered("") : taken();
+            if (late) calls.resize(calls.size() - model(server.lists, {}, "").size());
+            EXPECT_EQ(calls, made(server.lists, first, count, lists)) << glyphs << late;
+            EXPECT_TRUE(kyglErrorCheck("", "", 0, 0).ok()) << "an error of the font was left";
+        }
+    }
+    newContext();
+    server.hasLists = false;
+    extent("");
+    EXPECT_EQ(taken(), (Calls{"glGenLists(35)", "glXUseXFont(1, 32, 3, 32)", "glGetError()"}))
+        << "lists of no font were made";
 }
 
 TEST_F(TextTest, theBlendEquationIsSetAsTheDriverCan) {
@@ -507,6 +591,7 @@ TEST_F(TextTest, memoryThatRanOutAtTheFirstUseLeavesTextAsItWouldHaveBeen) {
         const unsigned int context = newContext();
         throws = false;
         gl.muted = true;
+        gl.errors = {GL_OUT_OF_MEMORY};
         Allocations::failing = failed + 1;
         try {
             KyGLText::setPixelOffset(0, 0);
@@ -517,6 +602,7 @@ TEST_F(TextTest, memoryThatRanOutAtTheFirstUseLeavesTextAsItWouldHaveBeen) {
         gl.muted = false;
         EXPECT_EQ(extent("ab")[1], widthOf("ab")) << context << ' ' << failed;
         EXPECT_EQ(rendered("ab"), model(server.lists, {}, "ab"));
+        EXPECT_EQ(server.lists, 1000 * (failed + 1)) << "lists were lost";
     }
     EXPECT_GT(failed, 3) << "nothing failed";
 }

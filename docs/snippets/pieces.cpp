@@ -196,7 +196,6 @@ TEST_F(Guide, sendsUniforms) {
 TEST_F(Guide, drawsText) {
     //! [text]
     KyGLText::setFont(18, true, false, "helvetica");
-    kyglErrorCheck("", "viewer/labels", __LINE__, 0);  // takes away what glXUseXFont left behind
     KyGLText::setForeground(1, 1, 1, 1);
     KyGLText::setAlignment(0, 0);  // the middle of the block lies at the position
 

@@ -34,10 +34,6 @@ Box boxOf(const Anchor& anchor, float x, float y, const Extent& extent) {
 
 void useStyle(const Style& style) {
     KyGLText::setFont(style.size, style.bold, style.italic, style.family);
-    // Mesa leaves this error behind when it makes a font with blank glyphs, though all is well.
-    // Left where it is, it would pass for a failure of whatever is checked next.
-    while (glGetError() == GL_OUT_OF_MEMORY) {
-    }
     KyGLText::setForeground(kInk[0], kInk[1], kInk[2], 1);
     KyGLText::setBackground(kPaper[0], kPaper[1], kPaper[2], style.box);
     if (extentOf("").height > 0) return;

@@ -54,10 +54,6 @@ protected:
         KyGLText::setFont(18, true, false, "helvetica");
         KyGLText::setAlignment(0, 0);
         KyGLText::setBackground(0, 0, 0, 1);
-        // Mesa's glXUseXFont leaves GL_OUT_OF_MEMORY behind for glyphs that are blank. The lists
-        // are good, and the next error check would take the error for its own.
-        while (glGetError() != GL_NO_ERROR) {
-        }
     }
 
     void resizeGL(int width, int height) override {

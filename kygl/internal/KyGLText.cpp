@@ -1,6 +1,7 @@
 #include <kygl/KyGLText.h>
 
 #include "kyglBuildStamp.h"
+#include "kyglCheck.h"
 #include "kyglScopedLock.h"
 
 #include <kygl/containers/KyDArray.h>
@@ -137,10 +138,65 @@ XFontStruct* query(const KyString& name, int size, bool bold, bool italic) {
     return XLoadQueryFont(display, anyFamily);
 }
 
+// What the font has for a character, as Xlib looks it up; null if it has nothing. Row 0 is that of
+// 8-bit text, and the only one of a font whose codes are single numbers.
+const XCharStruct* glyphOf(const XFontStruct& font, unsigned int row, unsigned int column) {
+    if (row < font.min_byte1 || row > font.max_byte1) return nullptr;
+    if (column < font.min_char_or_byte2 || column > font.max_char_or_byte2) return nullptr;
+    if (font.per_char == nullptr) return &font.min_bounds;
+    const unsigned int columns = font.max_char_or_byte2 - font.min_char_or_byte2 + 1;
+    const XCharStruct& glyph =
+        font.per_char[(row - font.min_byte1) * columns + column - font.min_char_or_byte2];
+    const bool isThere = glyph.width != 0 || glyph.lbearing != 0 || glyph.rbearing != 0 ||
+                         glyph.ascent != 0 || glyph.descent != 0;
+    return isThere ? &glyph : nullptr;
+}
+
+bool hasInk(const XCharStruct& glyph) {
+    return glyph.rbearing > glyph.lbearing && glyph.ascent + glyph.descent > 0;
+}
+
+// In a list Mesa drops a bitmap that is null, though it has no pixels to read.
+void advance(int width) {
+    static constexpr GLubyte kUnread = 0;
+    glBitmap(0, 0, 0, 0, static_cast<float>(width), 0, &kUnread);
+}
+
+// Mesa's glXUseXFont leaves the list of a character empty where there is nothing to draw. These
+// move the pen as XTextWidth counts: a code that the font lacks counts as its default character.
+void makeListsWithoutInk(const XFontStruct& font, GLuint base) {
+    const bool hasRows = font.max_byte1 > 0;
+    const unsigned int row = hasRows ? font.default_char >> 8 : 0;
+    const unsigned int column = hasRows ? font.default_char & 0xFF : font.default_char;
+    const XCharStruct* const substitute = glyphOf(font, row, column);
+    for (unsigned int code = font.min_char_or_byte2; code <= font.max_char_or_byte2; ++code) {
+        const XCharStruct* const glyph = glyphOf(font, 0, code);
+        if (glyph != nullptr ? hasInk(*glyph) : substitute == nullptr) continue;
+        glNewList(base + code, GL_COMPILE);
+        if (glyph == nullptr && row == 0)
+            glCallList(base + column);
+        else
+            advance(glyph != nullptr ? glyph->width : substitute->width);
+        glEndList();
+    }
+}
+
+// Mesa's glXUseXFont also leaves an error pending, which the next check would take for a failure of
+// what it checks. The result is of no interest, so neither is a lack of memory for its texts: the
+// flags are read before that, and the lists are made.
+void dropErrors() {
+    try {
+        KYGL_CHECK_GROUP(0);
+    } catch (const std::bad_alloc&) {
+    }
+}
+
 void makeLists(TwMyFont& font, GLuint base) {
     const int first = static_cast<int>(font.mFont->min_char_or_byte2);
     font.mListBase = static_cast<int>(base);
     glXUseXFont(font.mFont->fid, first, font.listCount() - first, font.mListBase + first);
+    if (base != 0) makeListsWithoutInk(*font.mFont, base);
+    dropErrors();
 }
 
 // For a font that was loaded without a context. Where the GL has no lists to give it is tried again

@@ -44,6 +44,7 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 #define glBlendEquation __glewBlendEquation
 #define glBlendEquationEXT __glewBlendEquationEXT
 #define glBlendFunc __glewBlendFunc
+#define glCallList __glewCallList
 #define glCallLists __glewCallLists
 #define glColor4fv __glewColor4fv
 #define glCompileShader __glewCompileShader
@@ -58,6 +59,7 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 #define glDeleteProgram __glewDeleteProgram
 #define glDeleteTextures __glewDeleteTextures
 #define glEnable __glewEnable
+#define glEndList __glewEndList
 #define glGenLists __glewGenLists
 #define glGenProgramsARB __glewGenProgramsARB
 #define glGenTextures __glewGenTextures
@@ -77,6 +79,7 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 #define glLinkProgram __glewLinkProgram
 #define glLinkProgramARB __glewLinkProgramARB
 #define glListBase __glewListBase
+#define glNewList __glewNewList
 #define glPixelStorei __glewPixelStorei
 #define glPopAttrib __glewPopAttrib
 #define glProgramStringARB __glewProgramStringARB

@@ -14,6 +14,7 @@
     X(void,           BlendEquation,           (GLenum mode)) \
     X(void,           BlendEquationEXT,        (GLenum mode)) \
     X(void,           BlendFunc,               (GLenum sfactor, GLenum dfactor)) \
+    X(void,           CallList,                (GLuint list)) \
     X(void,           CallLists,               (GLsizei n, GLenum type, const void* lists)) \
     X(void,           Color4fv,                (const GLfloat* v)) \
     X(void,           CompileShader,           (GLuint shader)) \
@@ -28,6 +29,7 @@
     X(void,           DeleteProgram,           (GLuint program)) \
     X(void,           DeleteTextures,          (GLsizei n, const GLuint* textures)) \
     X(void,           Enable,                  (GLenum cap)) \
+    X(void,           EndList,                 (void)) \
     X(GLuint,         GenLists,                (GLsizei range)) \
     X(void,           GenProgramsARB,          (GLsizei n, GLuint* programs)) \
     X(void,           GenTextures,             (GLsizei n, GLuint* textures)) \
@@ -47,6 +49,7 @@
     X(void,           LinkProgram,             (GLuint program)) \
     X(void,           LinkProgramARB,          (GLhandleARB program)) \
     X(void,           ListBase,                (GLuint base)) \
+    X(void,           NewList,                 (GLuint list, GLenum mode)) \
     X(void,           PixelStorei,             (GLenum pname, GLint param)) \
     X(void,           PopAttrib,               (void)) \
     X(void,           ProgramStringARB,        (GLenum target, GLenum format, GLsizei length, const void* text)) \
