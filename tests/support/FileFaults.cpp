@@ -13,8 +13,10 @@ thread_local FileFaults* tFaults = nullptr;
 
 bool fails(int call, const std::map<int, int>& errors) {
     const auto found = errors.find(call);
-    if (found != errors.end()) errno = found->second;
-    return found != errors.end();
+    if (found == errors.end()) return false;
+    ++tFaults->failed;
+    errno = found->second;
+    return true;
 }
 
 }  // namespace

@@ -16,5 +16,6 @@ struct FileFaults {
 
     int opened = 0;  ///< calls of `open`
     int reads = 0;   ///< calls of `read`
+    int failed = 0;  ///< how many have failed
     std::map<int, int> openErrors, readErrors;
 };
