@@ -19,7 +19,8 @@
 /// Every function may be called from any thread. The registry's lock is held while the table is
 /// looked at and while `kyglSetContext` captures a record, and released on every way out. A capture
 /// asks the GL for its version and extensions and may ask the X server. Nothing here reports an
-/// error; a failed allocation leaves as `std::bad_alloc` and the registry as it was.
+/// error; a failed allocation leaves as `std::bad_alloc`, also at a thread's first call, and the
+/// registry and the thread's context as they were.
 
 /// The capability flags of one GL context.
 struct KyGLContext_s {
@@ -41,12 +42,14 @@ KYGL_API void kyglSetContext(unsigned int id);
 /// The id of the calling thread's current context, or 0xFFFFFFFF. Asked again, it answers without
 /// the lock until a context comes, goes or becomes current; otherwise linear in the number of ids.
 /// A thread without a record gets one of its own, captured from the GL context that is current or
-/// empty without one; it is in no table and released when the thread ends.
+/// empty without one; it is in no table and released when the thread ends, unless the library is
+/// unloaded before.
 KYGL_API unsigned int kyglGetContext();
 
 /// Captures the capabilities of the calling thread's current record again, from the GL context
-/// that is current now. Takes no lock: no other thread may use the record meanwhile. Flags that
-/// the driver does not answer keep their value.
+/// that is current now. Takes no lock: no other thread may use the record meanwhile. Capability
+/// questions about its id do, and those about all contexts use every record. Flags that the driver
+/// does not answer keep their value.
 KYGL_API void kyglInitContext();
 
 /// Forgets `id` and releases its record, unless it is the calling thread's current one: then

@@ -6,6 +6,7 @@
 #include <kygl/kygl.h>
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <random>
 #include <thread>
@@ -116,16 +117,71 @@ TEST_F(ContextTest, anAnswerIsForgottenWithTheRecordThatItWasAbout) {
     }
 }
 
-TEST_F(ContextTest, theLockIsReleasedWhenMemoryRunsOut) {
+// Each allocation fails once by itself and once with all that follow, those that the C library
+// makes for a thread's first use of something among them: so each time on a thread of its own.
+TEST_F(ContextTest, memoryThatRunsOutLeavesTheRegistryAsItWas) {
+    struct Case {
+        void (*call)();
+        unsigned int own;  // the id of the thread
+        bool placeholder;
+    };
+    const Case cases[] = {{[] { kyglSetContext(5); }, KYGL_NO_CONTEXT, false},
+                          {[] { kyglSetContext(5); }, 9, false},
+                          {[] { kyglSetContext(5); }, KYGL_NO_CONTEXT, true},
+                          {[] { kyglSetContext(5); }, 9, true},
+                          {[] { kyglSetContext(7); }, KYGL_NO_CONTEXT, false},
+                          {[] { kyglClearContext(7); }, KYGL_NO_CONTEXT, false},
+                          {[] { kyglInitContext(); }, KYGL_NO_CONTEXT, false},
+                          {[] { kyglGetContext(); }, KYGL_NO_CONTEXT, false}};
+    const auto throws = [this](const Case& one, long nth, bool onwards) {
+        if (one.own != KYGL_NO_CONTEXT) kyglSetContext(one.own);
+        const bool threw = Allocations::stop(nth, onwards, one.call);
+        EXPECT_EQ(Allocations::failed > 0, threw) << nth;
+        if (!threw) return false;
+        EXPECT_EQ(kyglGetContext(), one.own) << nth;
+        EXPECT_EQ(allCan(), !one.placeholder) << nth << ": an id came or went";
+        drive(kAll);
+        one.call();
+        EXPECT_TRUE(allCan()) << nth << ": a record stayed";
+        return true;
+    };
     gl.muted = true;
-    for (const long nth : {1, 2}) {  // the entry, the record
-        Allocations::failing = nth;
-        EXPECT_THROW(kyglSetContext(5), std::bad_alloc);
-        EXPECT_FALSE(kyglGLSLAvailable(5));
-        kyglClearContext(5);
+    for (const Case& one : cases) {
+        for (const bool onwards : {false, true}) {
+            long nth = 0;
+            for (bool threw = true; threw;) {
+                kyglClearAllContexts();
+                drive(kAll);
+                kyglSetContext(7);
+                kyglSetContext(9);
+                if (one.placeholder) kyglGLSLAvailable(5);
+                drive({});
+                std::thread([&] { threw = throws(one, ++nth, onwards); }).join();
+            }
+            EXPECT_GT(nth, 1) << "it took no memory";
+        }
     }
-    kyglSetContext(5);
-    EXPECT_EQ(kyglGetContext(), 5U);
+}
+
+// Other objects of a thread that ends may ask after the registry has released its record.
+TEST_F(ContextTest, anEndingThreadMayStillAsk) {
+    struct Object {
+        pthread_key_t key = 0;
+        int asked = 0;
+    } object;
+    const auto end = [](void* pointer) {
+        auto& self = *static_cast<Object*>(pointer);
+        EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
+        if (++self.asked == 1) pthread_setspecific(self.key, pointer);
+    };
+    gl.muted = true;
+    ASSERT_EQ(pthread_key_create(&object.key, end), 0);
+    std::thread([&] {
+        EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
+        pthread_setspecific(object.key, &object);
+    }).join();
+    EXPECT_EQ(object.asked, 2);
+    pthread_key_delete(object.key);
 }
 
 // What a thread sees of ids that no other uses is what a plain map of them says.

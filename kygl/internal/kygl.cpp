@@ -9,9 +9,12 @@
 #include <sogl/SoGLEW.h>
 #include <sogl/SoGLXEW.h>
 
+#include <pthread.h>
+
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -35,28 +38,56 @@ std::unique_ptr<KyGLContext_s> createRecord() {
     return record;
 }
 
-// A record that is in no table: a thread asked before it had a context. It lives until its thread
-// ends or needs another one; short-lived threads would pile them up otherwise.
-thread_local bool tThreadEnds = false;
-struct ThreadOnlyRecord {
-    std::unique_ptr<KyGLContext_s> record;
-
-    ~ThreadOnlyRecord() {
-        tThreadEnds = true;
-        if (record != nullptr && _curContext.get() == record.get()) _curContext.set(nullptr);
+// The records that are in no table: those of threads that asked before they had a context. Each
+// lives until its thread ends or needs another one; short-lived threads would pile them up
+// otherwise. A `thread_local` with a destructor would end the process where there is no memory to
+// register it, and keep the library loaded. A thread that outlives the library leaves its record
+// allocated.
+class ThreadOnlyRecords {
+public:
+    ThreadOnlyRecords() {
+        if (pthread_key_create(&mKey, release) != 0) throw std::bad_alloc();
     }
+    ~ThreadOnlyRecords() {
+        release(pthread_getspecific(mKey));
+        pthread_key_delete(mKey);
+    }
+    ThreadOnlyRecords(const ThreadOnlyRecords&) = delete;
+    ThreadOnlyRecords& operator=(const ThreadOnlyRecords&) = delete;
+
+    // Makes `record` the calling thread's current one. Other objects of an ending thread may still
+    // ask: what they get is released in the next round of destructors.
+    void makeCurrent(std::unique_ptr<KyGLContext_s> record) {
+        _curContext.set(record.get());
+        void* const former = pthread_getspecific(mKey);
+        if (pthread_setspecific(mKey, record.get()) != 0) {
+            _curContext.set(nullptr);
+            throw std::bad_alloc();
+        }
+        static_cast<void>(record.release());
+        delete static_cast<KyGLContext_s*>(former);
+    }
+
+private:
+    static void release(void* record) {
+        if (record != nullptr && _curContext.get() == record) _curContext.set(nullptr);
+        delete static_cast<KyGLContext_s*>(record);
+    }
+
+    pthread_key_t mKey = 0;
 };
-thread_local ThreadOnlyRecord tThreadOnly;
+ThreadOnlyRecords _threadOnlyRecords;
 
 // The last walk of `kyglGetContext` on this thread. Its answer holds until an entry gets or loses
-// its record; a record that dies takes its address out of use by that, too.
+// its record; a record that dies takes its address out of use by that, too. In the static block of
+// the thread, where its first use takes no memory.
 std::atomic<unsigned long> _contextTabChanges{0};
 struct LastWalk {
     const KyGLContext_s* record;  // null before the first
     unsigned long changes;
     unsigned int id;
 };
-thread_local LastWalk tLastWalk{};
+[[gnu::tls_model("initial-exec")]] thread_local LastWalk tLastWalk{};
 
 void tableChanged() KY_REQUIRES(_contextTabMutex) {
     _contextTabChanges.fetch_add(1, std::memory_order_release);
@@ -71,17 +102,25 @@ unsigned int idOf(const KyGLContext_s* current) KY_REQUIRES(_contextTabMutex) {
     return KYGL_NO_CONTEXT;
 }
 
+// The slot comes before the entry, because it can be set back: that takes no memory.
+void registerCurrent(unsigned int id, std::unique_ptr<KyGLContext_s> record)
+    KY_REQUIRES(_contextTabMutex) {
+    KyGLContext_s* const former = _curContext.get();
+    _curContext.set(record.get());
+    try {
+        _contextTab[id] = record.get();
+    } catch (...) {
+        _curContext.set(former);
+        throw;
+    }
+    static_cast<void>(record.release());
+    tableChanged();
+}
+
 KyGLContext_s* kyglCurrentRecord() {
     if (KyGLContext_s* const current = _curContext.get()) return current;
-    std::unique_ptr<KyGLContext_s> made = createRecord();
-    KyGLContext_s* const record = made.get();
-    _curContext.set(record);
-    // What other objects of an ending thread ask for has no owner any more.
-    if (tThreadEnds)
-        static_cast<void>(made.release());
-    else
-        tThreadOnly.record = std::move(made);
-    return record;
+    _threadOnlyRecords.makeCurrent(createRecord());
+    return _curContext.get();
 }
 
 using Check = bool (*)(KyGLContext_s*);
@@ -113,15 +152,10 @@ bool vendorContains(const char* name) {
 void kyglSetContext(unsigned int id) {
     const KyScopedLock hold(_contextTabMutex);
     KyGLContext_s* const* const known = _contextTab.lookup(id);
-    KyGLContext_s* record = known != nullptr ? *known : nullptr;
-    if (record == nullptr) {
-        // The entry comes last: a placeholder would stay behind if the record cannot be had.
-        std::unique_ptr<KyGLContext_s> made = createRecord();
-        _contextTab[id] = made.get();
-        record = made.release();
-        tableChanged();
-    }
-    _curContext.set(record);
+    if (known != nullptr && *known != nullptr)
+        _curContext.set(*known);
+    else
+        registerCurrent(id, createRecord());
 }
 
 unsigned int kyglGetContext() {

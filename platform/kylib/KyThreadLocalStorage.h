@@ -18,6 +18,7 @@ public:
     /// The calling thread's pointer, or null.
     void* get() const { return pthread_getspecific(mKey); }
     /// Throws `std::bad_alloc` when the thread's table cannot grow; the pointer stays as it was.
+    /// That does not happen where the thread has set the pointer before, or sets it to null.
     void set(void* pointer);
 
 private:

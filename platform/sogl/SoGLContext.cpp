@@ -38,7 +38,9 @@ public:
         Display* const display = glXGetCurrentDisplay();
         const GLXContextID id = glXGetContextIDEXT(address);
         const unsigned long epoch = mEpoch.load(std::memory_order_acquire);
-        thread_local LastSeen last;
+        // In the static block of the thread: one that is made at its first use ends the process
+        // where there is no memory for it.
+        [[gnu::tls_model("initial-exec")]] thread_local LastSeen last;
         // An id of 0 tells nothing, so such a context is read again each time.
         if (id == 0 || address != last.address || display != last.display || id != last.id ||
             epoch != last.epoch)

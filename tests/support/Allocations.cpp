@@ -1,6 +1,7 @@
 #include "Allocations.h"
 
 #include <malloc.h>
+#include <pthread.h>
 #include <cerrno>
 #include <cstdlib>
 #include <new>
@@ -37,6 +38,15 @@ bool nextFails() {
     ++Allocations::failed;
     return true;
 }
+
+// A thread that sets one of its first 32 keys takes no memory for it, one that sets a later key
+// may. The libraries that are to meet that make theirs after these.
+void takeFirstKeys() {
+    pthread_key_t key = 0;
+    for (int i = 0; i < 32; ++i)
+        pthread_key_create(&key, nullptr);
+}
+[[gnu::used, gnu::section(".preinit_array")]] void (*const sTakeFirstKeys)() = takeFirstKeys;
 
 template <typename Allocate>
 void* unlessFailing(Allocate allocate) {
