@@ -123,15 +123,18 @@ void ModelGL::arm(Fault fault, long nth) {
     mPlaces = nth;
 }
 
-// What is being built may stay: the caller never gets its name.
-void ModelGL::fire() {
+// A stage that is being built may stay: its builder does not learn the name. A program may where it
+// seems not to be linked, and an assembly program unless an exception passes, which leaves both in
+// somebody's hands.
+void ModelGL::fire(bool isError) {
     mFault = Fault::None;
     mFired = true;
     if (mObjects.empty()) return;
     auto& [name, last] = *mObjects.rbegin();
     const std::string_view kind = last.kind;
-    const bool isBuilt = kind == "shader" || kind == "program" || kind == "assembly";
-    if (name == mLastName && isBuilt) last.mayStay = true;
+    const bool mayStay = kind == "shader" || (kind == "program" && !isError) ||
+                         (kind == "assembly" && failingAfterError != 1);
+    if (name == mLastName && mayStay) last.mayStay = true;
 }
 
 ModelGL::Gate ModelGL::gate(bool makesNames) {
@@ -139,7 +142,7 @@ ModelGL::Gate ModelGL::gate(bool makesNames) {
     const bool counts = mFault == Fault::Drop || (mFault == Fault::Zero && makesNames);
     if (!counts || --mPlaces != 0) return Gate::Pass;
     const Gate closed = mFault == Fault::Drop ? Gate::Drop : Gate::Zero;
-    fire();
+    fire(false);
     return closed;
 }
 
@@ -147,7 +150,7 @@ GLenum ModelGL::readError() {
     const Exempt exempt;
     const Lock lock(mMutex);
     if (mFault != Fault::Error || --mPlaces != 0) return GL_NO_ERROR;
-    fire();
+    fire(true);
     Allocations::failing = failingAfterError;
     Allocations::failingOnwards = failingAfterError != 0;
     return GL_INVALID_OPERATION;

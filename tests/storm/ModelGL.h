@@ -64,7 +64,7 @@ private:
         bool mayStay;
     };
 
-    void fire();
+    void fire(bool isError);
     void check(GLuint name, const char* what);
 
     mutable std::mutex mMutex;
