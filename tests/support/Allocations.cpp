@@ -8,7 +8,7 @@
 
 // Calls from every library lead here, because the executable comes first where symbols are looked
 // up. Sanitizers keep theirs under another name, and serve `new` without a call of `malloc`. They
-// allocate before they are ready for code of theirs, so this file is built without.
+// allocate before instrumented code can run, so this file is not instrumented.
 #ifdef KYGL_SANITIZED
 #define REAL(function) __interceptor_##function
 #else
@@ -17,10 +17,10 @@
 
 extern "C" {
 
-void* REAL(malloc)(std::size_t bytes);
-void* REAL(calloc)(std::size_t count, std::size_t bytes);
-void* REAL(realloc)(void* block, std::size_t bytes);
-void* REAL(memalign)(std::size_t alignment, std::size_t bytes);
+void* REAL(malloc)(std::size_t size);
+void* REAL(calloc)(std::size_t nmemb, std::size_t size);
+void* REAL(realloc)(void* ptr, std::size_t size);
+void* REAL(memalign)(std::size_t alignment, std::size_t size);
 }
 
 namespace {
@@ -59,30 +59,30 @@ void* unlessFailing(Allocate allocate) {
 
 extern "C" {
 
-void* malloc(std::size_t bytes) noexcept {
-    return unlessFailing([=] { return REAL(malloc)(bytes); });
+void* malloc(std::size_t size) noexcept {
+    return unlessFailing([=] { return REAL(malloc)(size); });
 }
 
-void* calloc(std::size_t count, std::size_t bytes) noexcept {
-    return unlessFailing([=] { return REAL(calloc)(count, bytes); });
+void* calloc(std::size_t nmemb, std::size_t size) noexcept {
+    return unlessFailing([=] { return REAL(calloc)(nmemb, size); });
 }
 
-void* realloc(void* block, std::size_t bytes) noexcept {
-    return unlessFailing([=] { return REAL(realloc)(block, bytes); });
+void* realloc(void* ptr, std::size_t size) noexcept {
+    return unlessFailing([=] { return REAL(realloc)(ptr, size); });
 }
 
-void* memalign(std::size_t alignment, std::size_t bytes) noexcept {
-    return unlessFailing([=] { return REAL(memalign)(alignment, bytes); });
+void* memalign(std::size_t alignment, std::size_t size) noexcept {
+    return unlessFailing([=] { return REAL(memalign)(alignment, size); });
 }
 
-void* aligned_alloc(std::size_t alignment, std::size_t bytes) noexcept {
-    return memalign(alignment, bytes);
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return memalign(alignment, size);
 }
 
-int posix_memalign(void** block, std::size_t alignment, std::size_t bytes) noexcept {
-    void* const made = memalign(alignment, bytes);
+int posix_memalign(void** memptr, std::size_t alignment, std::size_t size) noexcept {
+    void* const made = memalign(alignment, size);
     if (made == nullptr) return ENOMEM;
-    *block = made;
+    *memptr = made;
     return 0;
 }
 
