@@ -45,9 +45,12 @@ public:
     ///
     /// A failed link writes one line with the driver's log to standard output, at every attempt; a
     /// failed compile writes nothing. Failures are not cached: the next call tries again, and a
-    /// caching technique compiles a stage that fails twice in each. A caching technique keeps the
-    /// fields of its last success, so the last good program stays in use, even if it was built for
-    /// another context.
+    /// caching technique compiles a stage that fails twice in each. Each such call leaves objects
+    /// in the GL that nobody deletes: a shader object for each attempt at a stage that does not
+    /// compile, a program for a failed link. A caching technique keeps the fields of its last
+    /// success, so the last good program stays in use, even if it was built for another context.
+    /// When memory runs out, `std::bad_alloc` passes and the next call builds again; a program that
+    /// was made by then is queued for deletion, at once or when the queue has memory for it.
     /// @return whether there is a program for `context` now
     bool compile(unsigned int context);
 

@@ -49,8 +49,10 @@ public:
     /// Binds the texture of `context`, made now if need be.
     ///
     /// GL calls: `glBindTexture`; for a new texture `glGenTextures`, `glBindTexture` and
-    /// `glTexImage1D` in front of it; an error check behind each. In the steady state nothing is
-    /// allocated and no lock taken. What is out of date is queued for deletion here.
+    /// `glTexImage1D` before it; an error check after each. In the steady state nothing is
+    /// allocated and no lock taken. What is out of date is queued for deletion here; GL textures
+    /// for which the queue has no memory stay in the GL until their context goes. When memory for
+    /// the new texture runs out, `std::bad_alloc` passes, and the next call makes it.
     /// @return 1, or 0 without pixels; then nothing happens
     int bindTexture(unsigned int context);
 
