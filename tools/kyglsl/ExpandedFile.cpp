@@ -118,6 +118,7 @@ void ExpandedFile::file(const char* path, std::string_view text, KyShaderRead ou
     const Place place = isTop ? Place{mPath, 0} : placeOf(mDirective);
     mReadings.push_back({number, mDirective, !isTop && mReadings[mDirective.reading].isRound});
     if (isTop) mOutcome = outcome;
+    mBytesRead += text.size();
     if (mFiles[number].isOutside)
         warn(place, "tree", inQuotes(path) + " lies outside the shader tree " + mTree);
     if (!isTop && !includesItself(mReadings.back())) warnOfOutcome(place, path, outcome);

@@ -27,6 +27,8 @@ public:
     const KyString& source() const { return mText; }
     /// What became of the file itself.
     KyShaderRead outcome() const { return mOutcome; }
+    /// Of it and of what it includes, each time.
+    std::size_t bytesRead() const { return mBytesRead; }
 
     /// Where a line of the text comes from, counted from 1: where its first byte does, or the line
     /// feed in front of it if it is empty.
@@ -80,6 +82,7 @@ private:
     std::string mTree;
     KyString mText;
     KyShaderRead mOutcome = KyShaderRead::CannotRead;
+    std::size_t mBytesRead = 0;
     std::vector<File> mFiles;
     std::map<std::string, std::size_t> mFileNumbers;
     std::vector<Reading> mReadings;
