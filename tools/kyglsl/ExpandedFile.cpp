@@ -222,8 +222,8 @@ void ExpandedFile::warnOfOutcome(const Place& place, const std::string& path,
         warn(place, "read", inQuotes(path) + " is included too deep; nothing stands for it");
 }
 
-// The files whose directives lead there, from the inside out. Directives that come together over
-// the ends of files may go on for ever; the loader's depth is far enough for any others.
+// The files whose directives lead there, from the inside out. Only directives that come together
+// over the ends of files go deeper than the loader's bound, and those without an end.
 std::vector<std::size_t> ExpandedFile::filesAbove(const Reading& reading) const {
     constexpr std::size_t kFarEnough = 64;
     std::vector<std::size_t> files;

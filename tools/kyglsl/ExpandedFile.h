@@ -27,7 +27,7 @@ public:
     const KyString& source() const { return mText; }
     /// What became of the file itself.
     KyShaderRead outcome() const { return mOutcome; }
-    /// Of it and of what it includes, each time.
+    /// Its own and those of each file that it includes, as often as that is read.
     std::size_t bytesRead() const { return mBytesRead; }
 
     /// Where a line of the text comes from, counted from 1: where its first byte does, or the line

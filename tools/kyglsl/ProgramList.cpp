@@ -16,7 +16,7 @@ std::string trimmed(const std::string& text) {
     return text.substr(first, text.find_last_not_of(" \t\r") + 1 - first);
 }
 
-// For a message, which the user is to see at a glance.
+// For a message of one line.
 std::string inQuotes(const std::string& text) {
     constexpr std::size_t kMost = 60;
     return "'" + text.substr(0, kMost) + (text.size() > kMost ? "...'" : "'");

@@ -5,13 +5,14 @@
 #include <string>
 #include <vector>
 
-/// In a line of a list, or given by -D. The library compares each macro with all others.
+/// The most in a line of a list, and the most of -D: the library compares each macro with all
+/// others.
 constexpr std::size_t kMaxMacros = 1000;
 
 /// A line of macros, which stands for each choice of its switches.
 class MacroLine {
 public:
-    /// Those of one line behind the word "macros". Throws a `UsageError`.
+    /// Those of one line, after the word "macros". Throws a `UsageError`.
     explicit MacroLine(const std::string& line = {});
 
     bool isEmpty() const { return mMacros.empty(); }

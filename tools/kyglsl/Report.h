@@ -22,7 +22,7 @@ struct VariantReport {
     bool hasWarning() const;  ///< of the driver
 };
 
-/// A row of the table. Nothing else is kept of a variant, because there may be many.
+/// A row of the table. Variants are only counted, because there may be many.
 struct ProgramReport {
     std::string name;  // the names of its files
     long variants = 0;

@@ -1,6 +1,6 @@
 #include "ShaderFiles.h"
 
-// All files stay in memory, with all that is known of them.
+// All files stay in memory, with their lines, comments and pieces.
 static constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
 
 const ExpandedFile& ShaderFiles::get(const std::string& name) {

@@ -12,7 +12,7 @@ public:
     ///     an empty one they are paths
     explicit ShaderFiles(std::string root) : mRoot(std::move(root)) {}
 
-    /// Throws a `UsageError` each time when the file cannot be read.
+    /// Throws a `UsageError` when the file cannot be read, at each call.
     const ExpandedFile& get(const std::string& name);
 
 private:
