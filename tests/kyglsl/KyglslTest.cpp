@@ -1,5 +1,6 @@
 #include "DriverLog.h"
 #include "MacroSet.h"
+#include "support/Allocations.h"
 #include "support/TempShaders.h"
 
 #include <gtest/gtest.h>
@@ -75,6 +76,18 @@ TEST(ExpandedFileTest, theTextIsTheLibrarysAndEachWordIsFromItsLine) {
         }
     }
     EXPECT_TRUE(words > 10000 && lineStarts > 3000) << words << ' ' << lineStarts;
+}
+
+// It may have as many lines as its first is long, and each is placed by that first one.
+TEST(MacroSetTest, aMacroOfManyLinesIsNotKeptForEachOfThem) {
+    const TempShaders tree;
+    tree.write("top", "x");
+    const std::vector<std::string> texts = {"A", std::string(1000, 'b') + std::string(1000, '\n')};
+    const long before = Allocations::count;
+    const MacroSet macros(texts);
+    EXPECT_LT(Allocations::count - before, 100);
+    const Place last = macros.placeOfLine(ExpandedFile(tree.path("top")), 1002);
+    EXPECT_EQ(show(last), "-D " + std::string(1000, 'b') + ":1001");
 }
 
 TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {

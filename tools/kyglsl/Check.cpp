@@ -16,7 +16,7 @@ namespace {
 // How far it is, on a terminal. Messages go over it.
 class Progress {
 public:
-    Progress(long total, bool isShown)
+    Progress(unsigned long total, bool isShown)
         : mTotal(total), mShows(isShown && total > 1 && isatty(STDERR_FILENO) == 1) {}
     ~Progress() { clear(); }
     Progress(const Progress&) = delete;
@@ -24,76 +24,75 @@ public:
 
     void step() {
         ++mDone;
-        if (mShows) std::fprintf(stderr, "\r%ld of %ld", mDone, mTotal);
+        if (mShows) std::fprintf(stderr, "\r%lu of %lu", mDone, mTotal);
     }
     void clear() const {
         if (mShows) std::fputs("\r\033[K", stderr);
     }
 
 private:
-    long mTotal;
-    long mDone = 0;
+    unsigned long mTotal;
+    unsigned long mDone = 0;
     bool mShows;
 };
 
 class Check {
 public:
     Check(const std::vector<Program>& programs, const CheckOptions& options)
-        : mPrograms(programs), mOptions(options), mFiles(options.root) {}
+        : mPrograms(programs),
+          mOptions(options),
+          mFiles(options.root),
+          mProgress(variants(programs), !options.json) {}
 
     int run() {
         readFiles();
-        std::optional<Driver> driver;  // needed where there is something to build
         if (std::find(mFailures.begin(), mFailures.end(), std::string()) != mFailures.end())
-            driver.emplace();
-        long total = 0;
-        for (const Program& program : mPrograms)
-            total += static_cast<long>(program.macros.size());
-        Progress progress(total, !mOptions.json);
-        for (std::size_t i = 0; i < mPrograms.size(); ++i) {
-            if (mFailures[i].empty())
-                build(*driver, mPrograms[i], progress);
-            else
-                giveUp(mPrograms[i], mFailures[i], progress);
-            progress.clear();
-            if (!mOptions.json) print(mReports.back());
-        }
+            mDriver.emplace();
+        for (std::size_t i = 0; i < mPrograms.size(); ++i)
+            build(mPrograms[i], mFailures[i]);
         if (mOptions.json)
-            printJson(stdout, mReports, mWarnings);
+            mJson.end(mWarnings);
         else if (mOptions.isList)
             printTable(stdout, mReports);
-        if (std::fflush(stdout) != 0) throw UsageError("standard output: cannot be written");
+        if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+            throw UsageError("standard output: cannot be written");
         return status();
     }
 
 private:
+    static unsigned long variants(const std::vector<Program>& programs) {
+        unsigned long count = 0;
+        for (const Program& program : programs)
+            count += program.variants();
+        return count;
+    }
+
     int status() const {
-        const auto isUnread = [](const ProgramReport& report) { return !report.isRead; };
-        if (std::any_of(mReports.begin(), mReports.end(), isUnread)) return 2;
-        const auto isBad = [&](const ProgramReport& report) {
-            return report.failures() > 0 || (mOptions.strict && report.hasWarning());
-        };
-        const bool isBadAny = std::any_of(mReports.begin(), mReports.end(), isBad);
-        return isBadAny || (mOptions.strict && !mWarnings.empty()) ? 1 : 0;
+        const auto isUnread = [](const std::string& failure) { return !failure.empty(); };
+        if (std::any_of(mFailures.begin(), mFailures.end(), isUnread)) return 2;
+        return mIsBad || (mOptions.strict && !mWarnings.empty()) ? 1 : 0;
     }
 
     void readFiles() {
         warn(macroWarnings(mOptions.macros));
         for (const Program& program : mPrograms) {
-            for (const std::vector<std::string>& list : program.macros)
-                warn(macroWarnings(list));
-            const bool hasMacros =
-                !mOptions.macros.empty() ||
-                std::any_of(program.macros.begin(), program.macros.end(),
-                            [](const std::vector<std::string>& list) { return !list.empty(); });
+            bool hasMacros = !mOptions.macros.empty();
+            for (const MacroLine& line : program.lines) {
+                warn(macroWarnings(line.macros(line.choices() - 1)));
+                hasMacros = hasMacros || !line.isEmpty();
+            }
             mFailures.emplace_back();
             try {
                 for (const std::string& name : {program.vertex, program.fragment})
-                    warn(mFiles.get(name).warnings(hasMacros));
+                    warn(mFiles.get(name), hasMacros);
             } catch (const UsageError& e) {
                 mFailures.back() = e.what();
             }
         }
+    }
+
+    void warn(const ExpandedFile& file, bool hasMacros) {
+        if (mWarnedFiles.emplace(&file, hasMacros).second) warn(file.warnings(hasMacros));
     }
 
     // A file that several others include is warned of once.
@@ -111,32 +110,49 @@ private:
         return MacroSet(texts);
     }
 
-    void build(Driver& driver, const Program& program, Progress& progress) {
-        mReports.push_back({program.vertex, program.fragment, true, {}});
-        for (const std::vector<std::string>& list : program.macros) {
-            mReports.back().variants.push_back(buildVariant(
-                driver, mFiles.get(program.vertex), mFiles.get(program.fragment), macrosOf(list)));
-            progress.step();
+    // @param failure why the program cannot be read; empty: it can
+    void build(const Program& program, const std::string& failure) {
+        mReports.push_back({program.vertex + " " + program.fragment});
+        if (mOptions.json) mJson.beginProgram(program);
+        MessageList messages;
+        for (const MacroLine& line : program.lines) {
+            for (unsigned long choice = 0; choice < line.choices(); ++choice) {
+                const MacroSet macros = macrosOf(line.macros(choice));
+                const VariantReport report =
+                    failure.empty()
+                        ? buildVariant(mFiles.get(program.vertex), mFiles.get(program.fragment),
+                                       macros)
+                        : VariantReport{
+                              macros.texts(), false, {{program.place, "error", failure}}, {}};
+                take(report, messages);
+                mProgress.step();
+            }
         }
+        mProgress.clear();
+        messages.print(stderr);
     }
 
-    void giveUp(const Program& program, const std::string& failure, Progress& progress) {
-        mReports.push_back({program.vertex, program.fragment, false, {}});
-        for (const std::vector<std::string>& list : program.macros) {
-            const MacroSet macros = macrosOf(list);
-            mReports.back().variants.push_back({macros.texts(),
-                                                macros.toString(),
-                                                false,
-                                                {{program.place, "error", failure}},
-                                                {}});
-            progress.step();
-        }
+    void take(const VariantReport& report, MessageList& messages) {
+        mReports.back().add(report);
+        mIsBad = mIsBad || !report.good || (mOptions.strict && report.hasWarning());
+        if (mOptions.json)
+            mJson.add(report);
+        else if (report.logs.empty())
+            messages.add(report);
+        else
+            print(report);
     }
 
-    VariantReport buildVariant(Driver& driver, const ExpandedFile& vertex,
-                               const ExpandedFile& fragment, const MacroSet& macros) const {
-        const Driver::Build build = driver.build(macros.textFor(vertex), macros.textFor(fragment));
-        VariantReport report{macros.texts(), macros.toString(), build.good(), {}, {}};
+    void print(const VariantReport& report) const {
+        mProgress.clear();
+        printLogs(stdout, report, mOptions.isList ? mReports.back().name : "");
+    }
+
+    VariantReport buildVariant(const ExpandedFile& vertex, const ExpandedFile& fragment,
+                               const MacroSet& macros) {
+        const Driver::Build build =
+            mDriver->build(macros.textFor(vertex), macros.textFor(fragment));
+        VariantReport report{macros.texts(), build.good(), {}, {}};
         addCompile(report, build.vertex, vertex, macros);
         addCompile(report, build.fragment, fragment, macros);
         if (build.vertex.good && build.fragment.good)
@@ -150,9 +166,9 @@ private:
 
     // Behind a "#line" the driver's numbers are not those of the text.
     static PlaceOf placesIn(const ExpandedFile& file, const MacroSet& macros) {
-        return [&](long line) {
-            return file.hasLineDirective() ? Place() : macros.placeOfLine(file, line);
-        };
+        const bool isMoved = file.hasLineDirective();
+        return
+            [&, isMoved](long line) { return isMoved ? Place() : macros.placeOfLine(file, line); };
     }
 
     static void addCompile(VariantReport& report, const Driver::Step& step,
@@ -180,24 +196,18 @@ private:
         report.messages.insert(report.messages.end(), messages.begin(), messages.end());
     }
 
-    void print(const ProgramReport& report) const {
-        if (!mOptions.raw) {
-            printMessages(stderr, report);
-            return;
-        }
-        if (!report.isRead) printMessages(stderr, report);
-        for (const VariantReport& variant : report.variants)
-            printLogs(stdout, variant,
-                      mOptions.isList ? report.vertex + " " + report.fragment : "");
-    }
-
     const std::vector<Program>& mPrograms;
     const CheckOptions& mOptions;
     ShaderFiles mFiles;
+    Progress mProgress;
+    std::optional<Driver> mDriver;       // where there is something to build
     std::vector<std::string> mFailures;  // why a program cannot be read; empty: it can
     std::vector<ProgramReport> mReports;
+    JsonReport mJson{stdout};
+    bool mIsBad = false;  // any variant
     std::vector<Message> mWarnings;
     std::set<std::string> mWarned;
+    std::set<std::pair<const ExpandedFile*, bool>> mWarnedFiles;  // with macros and without
 };
 
 }  // namespace

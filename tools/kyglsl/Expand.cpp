@@ -8,24 +8,24 @@
 
 namespace {
 
-void write(const std::string& path, const std::string& text) {
+template <typename Function>
+void write(const std::string& path, Function print) {
     std::ofstream file(path, std::ios::binary);
-    file << text;
+    print(file);
     file.close();
     if (!file) throw UsageError(path + ": cannot be written");
 }
 
-std::string withPlaces(const std::string& text, const ExpandedFile& file, const MacroSet& macros) {
-    std::string all;
+void printWithPlaces(std::ostream& out, const std::string& text, const ExpandedFile& file,
+                     const MacroSet& macros) {
     long line = 0;
-    for (std::size_t begin = 0; begin <= text.size();) {
+    for (std::size_t begin = 0; begin <= text.size() && out;) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
         const Place place = macros.placeOfLine(file, ++line);
-        all += place.file + ":" + std::to_string(place.line) + ":";
-        all.append(text, begin, end - begin) += '\n';
+        out << place.file << ':' << place.line << ':';
+        out << std::string_view(text).substr(begin, end - begin) << '\n';
         begin = end + 1;
     }
-    return all;
 }
 
 // No rule of make can name such a file.
@@ -72,12 +72,20 @@ int expand(const ExpandOptions& options) {
     for (const Message& warning : warnings)
         std::cerr << toString(warning) << '\n';
 
-    std::string text = macros.textFor(file).dataPtr();
-    if (options.lines) text = withPlaces(text, file, macros);
-    if (!options.output.empty())
-        write(options.output, text);
-    else if (!(std::cout << text << std::flush))
-        throw UsageError("standard output: cannot be written");
-    if (!options.deps.empty()) write(options.deps, depfile(target, file));
+    const auto print = [&](std::ostream& out) {
+        const std::string text = macros.textFor(file).dataPtr();
+        if (options.lines)
+            printWithPlaces(out, text, file, macros);
+        else
+            out << text;
+    };
+    if (options.output.empty()) {
+        print(std::cout);
+        if (!(std::cout << std::flush)) throw UsageError("standard output: cannot be written");
+    } else {
+        write(options.output, print);
+    }
+    if (!options.deps.empty())
+        write(options.deps, [&](std::ostream& out) { out << depfile(target, file); });
     return options.strict && !warnings.empty() ? 1 : 0;
 }

@@ -116,12 +116,12 @@ void ExpandedFile::file(const char* path, std::string_view text, KyShaderRead ou
     const bool isTop = mReadings.empty();
     const std::size_t number = fileNumber(path, text);
     const Place place = isTop ? Place{mPath, 0} : placeOf(mDirective);
-    const long from = isTop ? -1 : static_cast<long>(mDirective.reading);
-    mReadings.push_back({number, from, place, !isTop && mReadings[mDirective.reading].isRound});
+    mReadings.push_back({number, mDirective, !isTop && mReadings[mDirective.reading].isRound});
     if (isTop) mOutcome = outcome;
+    mBytesRead += text.size();
     if (mFiles[number].isOutside)
         warn(place, "tree", inQuotes(path) + " lies outside the shader tree " + mTree);
-    if (!isTop && !includesItself(mReadings.back())) warnOfOutcome(path, outcome);
+    if (!isTop && !includesItself(mReadings.back())) warnOfOutcome(place, path, outcome);
     if (!text.empty()) mRest.push_back({mReadings.size() - 1, 0, text.size()});
 }
 
@@ -208,8 +208,8 @@ void ExpandedFile::warnOfDirective(std::string_view text, std::string_view name)
         warn(place, "quotes", "#include with quotes on different lines: the text between is gone");
 }
 
-void ExpandedFile::warnOfOutcome(const std::string& path, KyShaderRead outcome) {
-    const Place& place = mReadings.back().place;
+void ExpandedFile::warnOfOutcome(const Place& place, const std::string& path,
+                                 KyShaderRead outcome) {
     if (outcome == KyShaderRead::CannotRead)
         warn(place, "read",
              inQuotes(path) +
@@ -222,16 +222,28 @@ void ExpandedFile::warnOfOutcome(const std::string& path, KyShaderRead outcome) 
         warn(place, "read", inQuotes(path) + " is included too deep; nothing stands for it");
 }
 
+// The files whose directives lead there, from the inside out. Only directives that come together
+// over the ends of files go deeper than the loader's bound, and those without an end.
+std::vector<std::size_t> ExpandedFile::filesAbove(const Reading& reading) const {
+    constexpr std::size_t kFarEnough = 64;
+    std::vector<std::size_t> files;
+    for (const Reading* at = &reading; at->directive.size > 0 && files.size() <= kFarEnough;) {
+        at = &mReadings[at->directive.reading];
+        files.push_back(at->file);
+    }
+    return files;
+}
+
 // What is in a file that included itself was there in the round before.
 bool ExpandedFile::includesItself(Reading& reading) {
     if (reading.isRound) return true;
+    const std::vector<std::size_t> above = filesAbove(reading);
+    const auto same = std::find(above.begin(), above.end(), reading.file);
+    if (same == above.end()) return false;
+    reading.isRound = true;
     std::string chain = mFiles[reading.file].path;
-    for (long i = reading.includedFrom; i >= 0 && !reading.isRound;) {
-        const Reading& above = mReadings[static_cast<std::size_t>(i)];
-        chain.insert(0, mFiles[above.file].path + " -> ");
-        reading.isRound = above.file == reading.file;
-        i = above.includedFrom;
-    }
-    if (reading.isRound) warn(reading.place, "itself", "a file includes itself: " + chain);
-    return reading.isRound;
+    for (auto file = above.begin(); file <= same; ++file)
+        chain.insert(0, mFiles[*file].path + " -> ");
+    warn(placeOf(reading.directive), "itself", "a file includes itself: " + chain);
+    return true;
 }

@@ -27,6 +27,8 @@ public:
     const KyString& source() const { return mText; }
     /// What became of the file itself.
     KyShaderRead outcome() const { return mOutcome; }
+    /// Its own and those of each file that it includes, as often as that is read.
+    std::size_t bytesRead() const { return mBytesRead; }
 
     /// Where a line of the text comes from, counted from 1: where its first byte does, or the line
     /// feed in front of it if it is empty.
@@ -50,16 +52,15 @@ private:
         bool isOutside;  // of the shader tree
         bool isRead;     // and `text` is its text
     };
-    struct Reading {  // a file that is read twice stands twice in the text
-        std::size_t file;
-        long includedFrom;  // a reading, or -1
-        Place place;        // of the directive
-        bool isRound;       // of a file that includes itself, after the first
-    };
     struct Piece {  // bytes of one reading
         std::size_t reading;
         std::size_t begin;
         std::size_t size;
+    };
+    struct Reading {  // a file that is read twice stands twice in the text
+        std::size_t file;
+        Piece directive;  // the first bytes of it; none for the top-level file
+        bool isRound;     // of a file that includes itself, after the first
     };
 
     void finished(std::size_t count) override;
@@ -70,9 +71,10 @@ private:
     std::vector<Piece> takeFront(std::size_t count);
     void finishText();
     std::size_t fileNumber(const char* path, std::string_view text);
+    std::vector<std::size_t> filesAbove(const Reading& reading) const;
     bool includesItself(Reading& reading);
     void warnOfDirective(std::string_view text, std::string_view name);
-    void warnOfOutcome(const std::string& path, KyShaderRead outcome);
+    void warnOfOutcome(const Place& place, const std::string& path, KyShaderRead outcome);
     void warn(const Place& place, const std::string& kind, const std::string& text);
     Place placeOf(const Piece& piece) const;
 
@@ -80,6 +82,7 @@ private:
     std::string mTree;
     KyString mText;
     KyShaderRead mOutcome = KyShaderRead::CannotRead;
+    std::size_t mBytesRead = 0;
     std::vector<File> mFiles;
     std::map<std::string, std::size_t> mFileNumbers;
     std::vector<Reading> mReadings;

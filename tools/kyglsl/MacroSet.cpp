@@ -21,22 +21,15 @@ MacroSet::MacroSet(const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
         if (!mMacros.pushMacro(text.c_str())) continue;
         mTexts.push_back(text);
-        const auto lines = 1 + std::count(text.begin(), text.end(), '\n');
-        for (long line = 1; line <= lines; ++line)
-            mPlaces.push_back({"-D " + text.substr(0, text.find('\n')), line});
+        mFirstLines.push_back(mLines + 1);
+        mLines += 1 + std::count(text.begin(), text.end(), '\n');
     }
 }
 
-std::string MacroSet::toString() const {
-    std::string all;
-    for (const std::string& text : mTexts)
-        all += (all.empty() ? "" : "; ") + text;
-    return all;
-}
-
 Place MacroSet::placeOfLine(const ExpandedFile& file, long line) const {
-    const auto macroLines = static_cast<long>(mPlaces.size());
-    if (line < 1 || line > macroLines + file.lineCount()) return {};
-    if (line <= macroLines) return mPlaces[static_cast<std::size_t>(line - 1)];
-    return file.placeOfLine(line - macroLines);
+    if (line < 1 || line > mLines + file.lineCount()) return {};
+    if (line > mLines) return file.placeOfLine(line - mLines);
+    const auto next = std::upper_bound(mFirstLines.begin(), mFirstLines.end(), line);
+    const std::string& text = mTexts[static_cast<std::size_t>(next - mFirstLines.begin() - 1)];
+    return {"-D " + text.substr(0, text.find('\n')), line + 1 - *(next - 1)};
 }

@@ -17,8 +17,6 @@ public:
     explicit MacroSet(const std::vector<std::string>& texts);
 
     const std::vector<std::string>& texts() const { return mTexts; }
-    /// For people: the texts with semicolons between them.
-    std::string toString() const;
 
     /// What the GL is given for a file and these macros.
     KyString textFor(const ExpandedFile& file) const { return shaderText(mMacros, file.source()); }
@@ -29,5 +27,6 @@ public:
 private:
     KyShaderParametersMacros mMacros;
     std::vector<std::string> mTexts;
-    std::vector<Place> mPlaces;  // of each line of the macro block
+    std::vector<long> mFirstLines;  // of each text in the macro block
+    long mLines = 0;
 };

@@ -5,12 +5,39 @@
 #include <string>
 #include <vector>
 
-/// What is to be built: a pair of shader files, and each list of macros that it is tried with.
+/// The most in a line of a list, and the most of -D: the library compares each macro with all
+/// others.
+constexpr std::size_t kMaxMacros = 1000;
+
+/// A line of macros, which stands for each choice of its switches.
+class MacroLine {
+public:
+    /// Those of one line, after the word "macros". Throws a `UsageError`.
+    explicit MacroLine(const std::string& line = {});
+
+    bool isEmpty() const { return mMacros.empty(); }
+    unsigned long choices() const { return 1UL << mSwitches; }
+    /// The macros of a choice, in their order. Bit i of it turns switch i on: the last choice has
+    /// all macros.
+    std::vector<std::string> macros(unsigned long choice) const;
+
+private:
+    struct Macro {
+        std::string text;
+        bool isSwitch;
+    };
+    std::vector<Macro> mMacros;
+    unsigned long mSwitches = 0;
+};
+
+/// What is to be built: a pair of shader files, with each choice of each line of macros.
 struct Program {
     std::string vertex;
     std::string fragment;
-    std::vector<std::vector<std::string>> macros;
+    std::vector<MacroLine> lines;
     Place place = {};  // in a list
+
+    unsigned long variants() const;
 };
 
 /// Reads a list of programs:
@@ -22,5 +49,9 @@ struct Program {
 /// A line "macros" belongs to the program above it and may stand there more than once; a program
 /// without any is built without macros. Macros in brackets are switches: the line stands for every
 /// choice of them, four here, that without any first. File names with blanks stand in double
-/// quotes. Throws a `UsageError` that names the line.
+/// quotes. Throws a `UsageError` that names the line. The bounds are those that the manual page
+/// lists.
 std::vector<Program> readProgramList(const std::string& path);
+
+/// The same for a text. @param path what messages name
+std::vector<Program> parseProgramList(const std::string& text, const std::string& path);

@@ -3,18 +3,19 @@
 #include "Printable.h"
 
 #include <algorithm>
-#include <map>
 
 namespace {
 
-bool hasWarningIn(const VariantReport& variant) {
-    return std::any_of(variant.messages.begin(), variant.messages.end(),
-                       [](const Message& message) { return message.severity == "warning"; });
+std::string joined(const std::vector<std::string>& macros) {
+    std::string all;
+    for (const std::string& macro : macros)
+        all += (all.empty() ? "" : "; ") + macro;
+    return all;
 }
 
-void printRow(std::FILE* out, long builds, long failures, long warned, const std::string& name) {
-    std::fprintf(out, "%8ld %8ld %8ld %8ld  %s\n", builds, builds - failures, failures, warned,
-                 printable(name).c_str());
+void printRow(std::FILE* out, const ProgramReport& row) {
+    std::fprintf(out, "%8ld %8ld %8ld %8ld  %s\n", row.variants, row.variants - row.failures,
+                 row.failures, row.withWarnings, printable(row.name).c_str());
 }
 
 // Drivers quote what stands in a file; what is no UTF-8 there becomes the replacement character.
@@ -44,80 +45,62 @@ std::string json(const Message& message) {
            ", \"severity\": " + json(message.severity) + ", \"text\": " + json(message.text) + "}";
 }
 
-template <typename Item, typename Function>
-std::string jsonList(const std::vector<Item>& items, const char* separator, Function function) {
+template <typename Item>
+std::string json(const std::vector<Item>& items, const char* separator = ", ") {
     std::string out;
     for (const Item& item : items)
-        out += (out.empty() ? "" : separator) + function(item);
+        out += (out.empty() ? "" : separator) + json(item);
     return "[" + out + "]";
 }
 
 std::string json(const VariantReport& variant) {
-    const auto ofText = [](const std::string& text) { return json(text); };
-    const auto ofMessage = [](const Message& message) { return json(message); };
     std::string log;
     for (const VariantReport::Log& each : variant.logs)
         log += each.text;
-    return "{\"macros\": " + jsonList(variant.macros, ", ", ofText) +
+    return "{\"macros\": " + json(variant.macros) +
            ", \"good\": " + (variant.good ? "true" : "false") +
-           ", \"messages\": " + jsonList(variant.messages, ", ", ofMessage) +
+           ", \"messages\": " + json(variant.messages) +
            (log.empty() ? "" : ", \"log\": " + json(log)) + "}";
-}
-
-std::string json(const ProgramReport& program) {
-    const auto ofVariant = [](const VariantReport& variant) { return json(variant); };
-    return "{\"vertex\": " + json(program.vertex) + ", \"fragment\": " + json(program.fragment) +
-           ", \"variants\": " + jsonList(program.variants, ",\n  ", ofVariant) + "}";
 }
 
 }  // namespace
 
-long ProgramReport::failures() const {
-    return std::count_if(variants.begin(), variants.end(),
-                         [](const VariantReport& variant) { return !variant.good; });
+bool VariantReport::hasWarning() const {
+    return std::any_of(messages.begin(), messages.end(),
+                       [](const Message& message) { return message.severity == "warning"; });
 }
 
-long ProgramReport::withWarnings() const {
-    return std::count_if(variants.begin(), variants.end(), [](const VariantReport& variant) {
-        return variant.good && hasWarningIn(variant);
-    });
+void ProgramReport::add(const VariantReport& variant) {
+    ++variants;
+    if (!variant.good)
+        ++failures;
+    else if (variant.hasWarning())
+        ++withWarnings;
 }
 
-bool ProgramReport::hasWarning() const {
-    return std::any_of(variants.begin(), variants.end(), hasWarningIn);
-}
-
-void printMessages(std::FILE* out, const ProgramReport& program) {
-    struct Once {
-        const Message* message;
-        const VariantReport* first;
-        const VariantReport* last;
-        long count;
-    };
-    std::vector<Once> all;
-    std::map<std::string, std::size_t> known;
-    for (const VariantReport& variant : program.variants) {
-        for (const Message& message : variant.messages) {
-            const auto [found, isNew] = known.emplace(toString(message), all.size());
-            if (isNew) all.push_back({&message, &variant, nullptr, 0});
-            Once& once = all[found->second];
-            if (once.last != &variant) ++once.count;
-            once.last = &variant;
-        }
+void MessageList::add(const VariantReport& variant) {
+    ++mVariants;
+    for (const Message& message : variant.messages) {
+        const auto [found, isNew] = mKnown.emplace(toString(message), mAll.size());
+        if (isNew) mAll.push_back({&found->first, joined(variant.macros), 0, 0});
+        Once& once = mAll[found->second];
+        if (once.last != mVariants) ++once.count;
+        once.last = mVariants;
     }
-    for (const Once& once : all) {
-        std::fputs(toString(*once.message).c_str(), out);
-        const auto variants = static_cast<long>(program.variants.size());
-        if (once.count < variants)
-            std::fprintf(
-                out, " [%ld of %ld macro sets, first: %s]", once.count, variants,
-                once.first->macros.empty() ? "none" : printable(once.first->macroNames).c_str());
+}
+
+void MessageList::print(std::FILE* out) const {
+    for (const Once& once : mAll) {
+        std::fputs(once.text->c_str(), out);
+        if (once.count < mVariants)
+            std::fprintf(out, " [%ld of %ld macro sets, first: %s]", once.count, mVariants,
+                         once.first.empty() ? "none" : printable(once.first).c_str());
         std::fputc('\n', out);
     }
 }
 
 void printLogs(std::FILE* out, const VariantReport& variant, const std::string& program) {
-    const std::string macros = variant.macros.empty() ? "" : " [" + variant.macroNames + "]";
+    const std::string macros = variant.macros.empty() ? "" : " [" + joined(variant.macros) + "]";
     for (const VariantReport::Log& log : variant.logs) {
         if (log.text.empty()) continue;
         if (!program.empty())
@@ -129,25 +112,29 @@ void printLogs(std::FILE* out, const VariantReport& variant, const std::string& 
 
 void printTable(std::FILE* out, const std::vector<ProgramReport>& programs) {
     std::fprintf(out, "%8s %8s %8s %8s  %s\n", "variants", "good", "failed", "warned", "program");
-    long builds = 0;
-    long failures = 0;
-    long warned = 0;
+    ProgramReport all{"in all"};
     for (const ProgramReport& program : programs) {
-        const auto count = static_cast<long>(program.variants.size());
-        printRow(out, count, program.failures(), program.withWarnings(),
-                 program.vertex + " " + program.fragment);
-        builds += count;
-        failures += program.failures();
-        warned += program.withWarnings();
+        printRow(out, program);
+        all.variants += program.variants;
+        all.failures += program.failures;
+        all.withWarnings += program.withWarnings;
     }
-    printRow(out, builds, failures, warned, "in all");
+    printRow(out, all);
 }
 
-void printJson(std::FILE* out, const std::vector<ProgramReport>& programs,
-               const std::vector<Message>& warnings) {
-    const auto ofProgram = [](const ProgramReport& program) { return json(program); };
-    const auto ofMessage = [](const Message& message) { return json(message); };
-    std::fprintf(out, "{\"programs\": %s,\n\"warnings\": %s}\n",
-                 jsonList(programs, ",\n ", ofProgram).c_str(),
-                 jsonList(warnings, ",\n ", ofMessage).c_str());
+void JsonReport::beginProgram(const Program& program) {
+    std::fprintf(mOut, "%s{\"vertex\": %s, \"fragment\": %s, \"variants\": [",
+                 mHasProgram ? "]},\n " : "{\"programs\": [", json(program.vertex).c_str(),
+                 json(program.fragment).c_str());
+    mHasProgram = true;
+    mHasVariant = false;
+}
+
+void JsonReport::add(const VariantReport& variant) {
+    std::fprintf(mOut, "%s%s", mHasVariant ? ",\n  " : "", json(variant).c_str());
+    mHasVariant = true;
+}
+
+void JsonReport::end(const std::vector<Message>& warnings) {
+    std::fprintf(mOut, "]}],\n\"warnings\": %s}\n", json(warnings, ",\n ").c_str());
 }

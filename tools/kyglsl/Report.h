@@ -1,16 +1,16 @@
 #pragma once
 
-#include "Driver.h"
 #include "Message.h"
+#include "ProgramList.h"
 
 #include <cstdio>
+#include <map>
 #include <string>
 #include <vector>
 
 /// What came of one program with one macro set.
 struct VariantReport {
     std::vector<std::string> macros;
-    std::string macroNames;  // for people
     bool good = false;
     std::vector<Message> messages;
     struct Log {
@@ -18,23 +18,38 @@ struct VariantReport {
         std::string text;
     };
     std::vector<Log> logs;  // none unless asked for
+
+    bool hasWarning() const;  ///< of the driver
 };
 
+/// A row of the table. Variants are only counted, because there may be many.
 struct ProgramReport {
-    std::string vertex;
-    std::string fragment;
-    bool isRead = true;  // both of its files are
-    std::vector<VariantReport> variants;
+    std::string name;  // the names of its files
+    long variants = 0;
+    long failures = 0;
+    long withWarnings = 0;  // of those that build
 
-    long failures() const;
-    /// Variants that build with a warning of the driver.
-    long withWarnings() const;
-    /// In any variant, good or not.
-    bool hasWarning() const;
+    void add(const VariantReport& variant);
 };
 
-/// Each message once; one that not all variants have, with how many do and the first of them.
-void printMessages(std::FILE* out, const ProgramReport& program);
+/// The messages of one program, each once, in the order in which they came.
+class MessageList {
+public:
+    void add(const VariantReport& variant);
+    /// One that not all variants have, with how many do and the first of them.
+    void print(std::FILE* out) const;
+
+private:
+    struct Once {
+        const std::string* text;
+        std::string first;  // the macros of a variant
+        long count;
+        long last;  // of the variants
+    };
+    std::map<std::string, std::size_t> mKnown;
+    std::vector<Once> mAll;
+    long mVariants = 0;
+};
 
 /// The logs as they stand, but for a line end behind each.
 /// @param program heads each log together with what it is of, unless it is empty
@@ -43,6 +58,17 @@ void printLogs(std::FILE* out, const VariantReport& variant, const std::string& 
 /// One row for each program and one for all.
 void printTable(std::FILE* out, const std::vector<ProgramReport>& programs);
 
-/// @param warnings what there is to say of the files themselves
-void printJson(std::FILE* out, const std::vector<ProgramReport>& programs,
-               const std::vector<Message>& warnings);
+/// All that there is to say, as one JSON object, written as it comes.
+class JsonReport {
+public:
+    explicit JsonReport(std::FILE* out) : mOut(out) {}
+    void beginProgram(const Program& program);
+    void add(const VariantReport& variant);
+    /// @param warnings what there is to say of the files themselves
+    void end(const std::vector<Message>& warnings);
+
+private:
+    std::FILE* mOut;
+    bool mHasProgram = false;
+    bool mHasVariant = false;
+};

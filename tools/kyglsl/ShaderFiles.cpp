@@ -1,8 +1,9 @@
 #include "ShaderFiles.h"
 
+// All files stay in memory, with their lines, comments and pieces.
+static constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
+
 const ExpandedFile& ShaderFiles::get(const std::string& name) {
-    const auto known = mFiles.find(name);
-    if (known != mFiles.end()) return known->second;
     std::string path = name;
     std::string tree;
     if (!mRoot.empty()) {
@@ -12,8 +13,12 @@ const ExpandedFile& ShaderFiles::get(const std::string& name) {
         path = shaderPath(mRoot.c_str(), name.substr(0, folder).c_str(), file.c_str()).dataPtr();
         tree = shaderPath(mRoot.c_str(), "", "").dataPtr();
     }
-    const ExpandedFile& file = mFiles.try_emplace(name, path, tree).first->second;
-    if (file.outcome() == KyShaderRead::CannotRead) throw UsageError(path + ": cannot be read");
-    if (file.outcome() != KyShaderRead::Done) throw UsageError(path + ": is too large");
+    if (mBytes > kMaxBytes && mFiles.count(name) == 0)
+        throw UsageError(path + ": is beyond the 64 MiB that one run reads");
+    const auto [found, isNew] = mFiles.try_emplace(name, path, tree);
+    const ExpandedFile& file = found->second;
+    if (isNew) mBytes += file.bytesRead();
+    if (file.outcome() == KyShaderRead::TooMuch) throw UsageError(path + ": is too large");
+    if (file.outcome() != KyShaderRead::Done) throw UsageError(path + ": cannot be read");
     return file;
 }

@@ -12,10 +12,11 @@ public:
     ///     an empty one they are paths
     explicit ShaderFiles(std::string root) : mRoot(std::move(root)) {}
 
-    /// Throws a `UsageError` when the file cannot be read.
+    /// Throws a `UsageError` when the file cannot be read, at each call.
     const ExpandedFile& get(const std::string& name);
 
 private:
     std::string mRoot;
     std::map<std::string, ExpandedFile> mFiles;
+    std::size_t mBytes = 0;  // that were read for them
 };

@@ -24,6 +24,12 @@ bool isGuard(std::string_view text, std::size_t at) {
     return takeWord(text, at) == "define" && takeWord(text, at) == name;
 }
 
+// The first one that is not in front of the offset, or npos.
+std::size_t firstFrom(const std::vector<std::size_t>& offsets, std::size_t offset) {
+    const auto found = std::lower_bound(offsets.begin(), offsets.end(), offset);
+    return found != offsets.end() ? *found : std::string_view::npos;
+}
+
 }  // namespace
 
 SourceText::SourceText(std::string_view text) : mText(text) {
@@ -39,15 +45,19 @@ long SourceText::lineOf(std::size_t offset) const {
 }
 
 bool SourceText::hasCodeBehind(std::size_t offset) const {
-    for (std::size_t i = offset; i < mText.size() && mText[i] != '\n'; ++i) {
-        if (kBlanks.find(mText[i]) != std::string_view::npos || where(i) != Where::Code) continue;
-        return mText.compare(i, 8, "#include") != 0;
-    }
-    return false;
+    const std::size_t code = isCode(offset) ? offset : firstFrom(mWords, offset);
+    return code < std::min(firstFrom(mLineFeeds, offset), mText.size()) &&
+           mText.compare(code, 8, "#include") != 0;
+}
+
+bool SourceText::isCode(std::size_t offset) const {
+    return offset < mText.size() && mText[offset] != '\n' &&
+           kBlanks.find(mText[offset]) == std::string_view::npos && where(offset) == Where::Code;
 }
 
 void SourceText::scan(std::string_view text) {
     bool atLineStart = true;
+    bool inWord = false;
     std::size_t i = 0;
     while (i < text.size()) {
         const std::string_view two = text.substr(i, 2);
@@ -55,16 +65,19 @@ void SourceText::scan(std::string_view text) {
             mark(i, Where::LineComment);
             i = std::min(text.find('\n', i), text.size());
             mark(i, Where::Code);
+            inWord = false;
         } else if (two == "/*") {
             mark(i, Where::BlockComment);
             i = std::min(text.find("*/", i + 2), text.size() - 2) + 2;
             mark(i, Where::Code);
+            inWord = false;
         } else {
             if (text[i] == '#' && atLineStart) readDirective(text, i);
-            if (text[i] == '\n')
-                atLineStart = true;
-            else if (kBlanks.find(text[i]) == std::string_view::npos)
-                atLineStart = false;
+            const bool isLineFeed = text[i] == '\n';
+            const bool isBlank = kBlanks.find(text[i]) != std::string_view::npos;
+            atLineStart = isLineFeed || (isBlank && atLineStart);
+            if (!isLineFeed && !isBlank && !inWord) mWords.push_back(i);
+            inWord = !isLineFeed && !isBlank;
             ++i;
         }
     }

@@ -16,7 +16,8 @@ public:
     /// Counted from 1.
     long lineOf(std::size_t offset) const;
     Where where(std::size_t offset) const { return markAt(offset).where; }
-    /// Whether more than blanks, comments and an `#include` follow from there on the line.
+    /// Whether more than blanks, comments and an `#include` follow from there on the line. A search
+    /// in lists, because many directives may share a long line.
     bool hasCodeBehind(std::size_t offset) const;
     /// Whether a preprocessor condition decides on this byte. A guard around the whole file, as
     /// headers have it, does not count.
@@ -40,9 +41,11 @@ private:
     void readDirective(std::string_view text, std::size_t at);
     void mark(std::size_t begin, Where where);
     const Mark& markAt(std::size_t offset) const;
+    bool isCode(std::size_t offset) const;
 
     std::string mText;
     std::vector<std::size_t> mLineFeeds;
+    std::vector<std::size_t> mWords;                       // where code begins, after anything else
     std::vector<Mark> mMarks = {{0, Where::Code, false}};  // each holds up to the next one
     std::vector<bool> mConditions;                         // that are open; false: a guard
     bool mHasDirectives = false;

@@ -70,7 +70,7 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
 std::vector<Program> programs(const Options& options) {
     if (options.list.empty()) {
         if (options.pair.vertex.empty()) throw UsageError("check: VERTEX FRAGMENT or --list FILE");
-        return {{options.pair.vertex, options.pair.fragment, {{}}, {}}};
+        return {{options.pair.vertex, options.pair.fragment, {MacroLine()}, {}}};
     }
     std::vector<Program> list = readProgramList(options.list);
     if (!options.check.root.empty()) return list;
@@ -99,6 +99,8 @@ int run(int argc, char** argv) {
         if (!app.get_subcommands().empty() || words.empty()) throw;
         throw UsageError("'" + words.front() + "' is neither expand nor check; see kyglsl --help");
     }
+    const auto& macros = isExpand->parsed() ? options.expand.macros : options.check.macros;
+    if (macros.size() > kMaxMacros) throw UsageError("-D: more than 1000 macros");
     if (isExpand->parsed()) return expand(options.expand);
     options.check.isList = !options.list.empty();
     return check(programs(options), options.check);

@@ -1,16 +1,12 @@
 /// Takes any bytes for a file with a record and for a payload, and holds what comes of it against
 /// what can be told by simpler means.
 #include "Output.h"
+#include "Require.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 
 namespace {
-
-void require(bool holds) {
-    if (!holds) std::abort();
-}
 
 std::size_t countOf(std::string_view text, std::string_view part) {
     std::size_t count = 0;
