@@ -118,6 +118,7 @@ void ExpandedFile::file(const char* path, std::string_view text, KyShaderRead ou
     const Place place = isTop ? Place{mPath, 0} : placeOf(mDirective);
     mReadings.push_back({number, mDirective, !isTop && mReadings[mDirective.reading].isRound});
     if (isTop) mOutcome = outcome;
+    if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = path;
     mBytesRead += text.size();
     if (mFiles[number].isOutside)
         warn(place, "tree", inQuotes(path) + " lies outside the shader tree " + mTree);
@@ -210,16 +211,15 @@ void ExpandedFile::warnOfDirective(std::string_view text, std::string_view name)
 
 void ExpandedFile::warnOfOutcome(const Place& place, const std::string& path,
                                  KyShaderRead outcome) {
+    const auto warnThat = [&](const char* what) {
+        warn(place, "read", inQuotes(path) + what + "; nothing is put in its place");
+    };
     if (outcome == KyShaderRead::CannotRead)
-        warn(place, "read",
-             inQuotes(path) +
-                 " cannot be read (looked for beside the top-level file); nothing stands for it");
+        warnThat(" cannot be read (looked for beside the top-level file)");
     if (outcome == KyShaderRead::TooMuch)
-        warn(place, "read",
-             inQuotes(path) +
-                 " does not fit into what one expansion may read; nothing stands for it");
-    if (outcome == KyShaderRead::TooDeep)
-        warn(place, "read", inQuotes(path) + " is included too deep; nothing stands for it");
+        warnThat(" does not fit into what one expansion may read");
+    if (outcome == KyShaderRead::TooMany) warnThat(" is one file more than one expansion may read");
+    if (outcome == KyShaderRead::TooDeep) warnThat(" is included too deep");
 }
 
 // The files whose directives lead there, from the inside out. Only directives that come together

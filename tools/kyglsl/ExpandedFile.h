@@ -27,6 +27,8 @@ public:
     const KyString& source() const { return mText; }
     /// What became of the file itself.
     KyShaderRead outcome() const { return mOutcome; }
+    /// The first file that failed to be read though it is there, or "": the text lacks it.
+    const std::string& failedFile() const { return mFailed; }
     /// Its own and those of each file that it includes, as often as that is read.
     std::size_t bytesRead() const { return mBytesRead; }
 
@@ -82,6 +84,7 @@ private:
     std::string mTree;
     KyString mText;
     KyShaderRead mOutcome = KyShaderRead::CannotRead;
+    std::string mFailed;
     std::size_t mBytesRead = 0;
     std::vector<File> mFiles;
     std::map<std::string, std::size_t> mFileNumbers;

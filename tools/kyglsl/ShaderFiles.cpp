@@ -18,6 +18,8 @@ const ExpandedFile& ShaderFiles::get(const std::string& name) {
     const auto [found, isNew] = mFiles.try_emplace(name, path, tree);
     const ExpandedFile& file = found->second;
     if (isNew) mBytes += file.bytesRead();
+    if (!file.failedFile().empty())
+        throw UsageError(file.failedFile() + ": an input error, or no file descriptor is left");
     if (file.outcome() == KyShaderRead::TooMuch) throw UsageError(path + ": is too large");
     if (file.outcome() != KyShaderRead::Done) throw UsageError(path + ": cannot be read");
     return file;
