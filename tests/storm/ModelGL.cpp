@@ -2,9 +2,8 @@
 
 #include "../support/Allocations.h"
 
-#include <algorithm>
-#include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -12,7 +11,6 @@ using Exempt = Allocations::Exempt;
 using Lock = std::lock_guard<std::mutex>;
 
 ModelGL* sGL = nullptr;
-thread_local unsigned int tContext = 0;
 thread_local ModelGL::Gate tGate;
 
 // Every entry point leads through a gate. Those that delete are called even when they do nothing,
@@ -31,66 +29,60 @@ struct Gated<Result (*)(Arguments...), kEntry> {
         const bool runs = sAnswer != nullptr && (tGate != ModelGL::Gate::Drop || sDeletes);
         return runs ? sAnswer(arguments...) : Result();
     }
-    static void put(const char* name) {
-        sMakesNames = std::strncmp(name, "Create", 6) == 0 || std::strncmp(name, "Gen", 3) == 0;
-        sDeletes = std::strncmp(name, "Delete", 6) == 0;
-        sAnswer = nullptr;
+    static void put(std::string_view name) {
+        sMakesNames = name.substr(0, 6) == "Create" || name.substr(0, 3) == "Gen";
+        sDeletes = name.substr(0, 6) == "Delete";
         sFormer = *kEntry;
         *kEntry = &call;
     }
 };
 
-GLuint makeName(const char* kind) {
+GLuint make(const char* kind) {
     return tGate == ModelGL::Gate::Zero ? 0 : sGL->make(kind);
 }
-void deleteName(GLuint name) {
+void destroy(GLuint name) {
     sGL->destroy(name, tGate == ModelGL::Gate::Drop);
 }
+void destroyOne(GLsizei, const GLuint* name) {
+    destroy(*name);
+}
 void status(GLuint name, GLenum what, GLint* value) {
-    const bool isLength = what == GL_INFO_LOG_LENGTH;
-    *value = isLength ? sGL->logLength : static_cast<GLint>(sGL->isBuilt(name));
+    *value = what == GL_INFO_LOG_LENGTH ? sGL->logLength : GLint{sGL->find(name).isBuilt};
 }
 void log(GLuint, GLsizei room, GLsizei*, char* out) {
-    if (room <= 0) return;
-    const std::string_view text =
-        std::string_view(sGL->log).substr(0, static_cast<std::size_t>(room) - 1);
-    out[text.copy(out, text.size())] = '\0';
+    const std::string_view text = sGL->log;
+    if (room > 0) out[text.copy(out, static_cast<std::size_t>(room) - 1)] = '\0';
 }
 const GLubyte* string(GLenum name) {
-    const char* const text = name == GL_VERSION ? "2.1"
-                             : name == GL_EXTENSIONS
+    const char* const text = name == GL_EXTENSIONS
                                  ? "GL_ARB_shading_language_100 GL_ARB_shader_objects "
                                    "GL_ARB_fragment_shader GL_ARB_vertex_shader"
-                                 : "words";
+                                 : "2.1";
     return sGL->hasStrings ? reinterpret_cast<const GLubyte*>(text) : nullptr;
 }
 
 #define ANSWER(Name) Gated<decltype(__glew##Name), &__glew##Name>::sAnswer
 
 void putAnswers() {
-    ANSWER(CreateShader) =
-        ANSWER(CreateShaderObjectARB) = [](GLenum) { return makeName("shader"); };
-    ANSWER(CreateProgram) = ANSWER(CreateProgramObjectARB) = [] { return makeName("program"); };
-    ANSWER(GenTextures) = [](GLsizei, GLuint* names) { *names = makeName("texture"); };
-    ANSWER(GenProgramsARB) = [](GLsizei, GLuint* names) { *names = makeName("assembly"); };
-    ANSWER(GenLists) = [](GLsizei) { return makeName("lists"); };
-    ANSWER(DeleteObjectARB) = ANSWER(DeleteProgram) = deleteName;
-    ANSWER(DeleteTextures) =
-        ANSWER(DeleteBuffers) = [](GLsizei, const GLuint* names) { deleteName(*names); };
-    ANSWER(DeleteLists) = [](GLuint base, GLsizei) { deleteName(base); };
+    ANSWER(CreateShader) = ANSWER(CreateShaderObjectARB) = [](GLenum) { return make("shader"); };
+    ANSWER(CreateProgram) = ANSWER(CreateProgramObjectARB) = [] { return make("program"); };
+    ANSWER(GenTextures) = [](GLsizei, GLuint* names) { *names = make("texture"); };
+    ANSWER(GenProgramsARB) = [](GLsizei, GLuint* names) { *names = make("assembly"); };
+    ANSWER(GenLists) = [](GLsizei) { return make("lists"); };
+    ANSWER(DeleteObjectARB) = ANSWER(DeleteProgram) = destroy;
+    ANSWER(DeleteTextures) = ANSWER(DeleteBuffers) = destroyOne;
+    ANSWER(DeleteLists) = [](GLuint base, GLsizei) { destroy(base); };
     ANSWER(CompileShader) =
         ANSWER(CompileShaderARB) = [](GLuint name) { sGL->build(name, sGL->compiles); };
     ANSWER(LinkProgram) =
         ANSWER(LinkProgramARB) = [](GLuint name) { sGL->build(name, sGL->links); };
-    ANSWER(AttachShader) = ANSWER(AttachObjectARB) = [](GLuint program, GLuint shader) {
-        sGL->use(program);
-        sGL->use(shader);
-    };
     ANSWER(GetShaderiv) = ANSWER(GetProgramiv) = ANSWER(GetObjectParameterivARB) = status;
     ANSWER(GetShaderInfoLog) = ANSWER(GetProgramInfoLog) = ANSWER(GetInfoLogARB) = log;
     ANSWER(GetString) = string;
     ANSWER(GetIntegerv) = [](GLenum, GLint* value) { *value = sGL->errorPosition; };
-    ANSWER(IsProgram) = [](GLuint name) { return static_cast<GLboolean>(sGL->knows(name)); };
+    ANSWER(IsProgram) = [](GLuint name) {
+        return static_cast<GLboolean>(sGL->find(name).kind != nullptr);
+    };
 }
 
 }  // namespace
@@ -99,7 +91,6 @@ ModelGL::ModelGL() {
     sGL = this;
 #define PUT(Result, Name, Parameters) Gated<decltype(__glew##Name), &__glew##Name>::put(#Name);
     SOGL_ENTRY_POINTS(PUT)
-#undef PUT
     putAnswers();
     __glewGetError = [] { return sGL->readError(); };
 }
@@ -108,49 +99,34 @@ ModelGL::~ModelGL() {
 #define RESTORE(Result, Name, Parameters) \
     __glew##Name = Gated<decltype(__glew##Name), &__glew##Name>::sFormer;
     SOGL_ENTRY_POINTS(RESTORE)
-#undef RESTORE
-}
-
-void ModelGL::makeCurrent(unsigned int context) {
-    tContext = context;
-}
-unsigned int ModelGL::current() {
-    return tContext;
-}
-
-void ModelGL::arm(Fault fault, long nth) {
-    mFault = fault;
-    mPlaces = nth;
 }
 
 // A stage that is being built may stay: its builder does not learn the name. A program may where it
 // seems not to be linked, and an assembly program unless an exception passes, which leaves both in
 // somebody's hands.
-void ModelGL::fire(bool isError) {
-    mFault = Fault::None;
-    mFired = true;
-    if (mObjects.empty()) return;
-    auto& [name, last] = *mObjects.rbegin();
+void ModelGL::fire() {
+    const bool isError = std::exchange(fault, Fault::None) == Fault::Error;
+    fired = true;
+    if (objects.empty() || objects.rbegin()->first != mLastName) return;
+    Object& last = objects.rbegin()->second;
     const std::string_view kind = last.kind;
-    const bool mayStay = kind == "shader" || (kind == "program" && !isError) ||
-                         (kind == "assembly" && failingAfterError != 1);
-    if (name == mLastName && mayStay) last.mayStay = true;
+    last.mayStay = last.mayStay || kind == "shader" || (kind == "program" && !isError) ||
+                   (kind == "assembly" && failingAfterError != 1);
 }
 
 ModelGL::Gate ModelGL::gate(bool makesNames) {
     const Lock lock(mMutex);
-    const bool counts = mFault == Fault::Drop || (mFault == Fault::Zero && makesNames);
-    if (!counts || --mPlaces != 0) return Gate::Pass;
-    const Gate closed = mFault == Fault::Drop ? Gate::Drop : Gate::Zero;
-    fire(false);
-    return closed;
+    const bool drops = fault == Fault::Drop;
+    if (!drops && !(fault == Fault::Zero && makesNames)) return Gate::Pass;
+    if (--places != 0) return Gate::Pass;
+    fire();
+    return drops ? Gate::Drop : Gate::Zero;
 }
 
 GLenum ModelGL::readError() {
-    const Exempt exempt;
     const Lock lock(mMutex);
-    if (mFault != Fault::Error || --mPlaces != 0) return GL_NO_ERROR;
-    fire(true);
+    if (fault != Fault::Error || --places != 0) return GL_NO_ERROR;
+    fire();
     Allocations::failing = failingAfterError;
     Allocations::failingOnwards = failingAfterError != 0;
     return GL_INVALID_OPERATION;
@@ -159,60 +135,38 @@ GLenum ModelGL::readError() {
 GLuint ModelGL::make(const char* kind) {
     const Exempt exempt;
     const Lock lock(mMutex);
-    mObjects.emplace_hint(mObjects.end(), ++mLastName, Object{kind, tContext, false, false});
+    objects.emplace_hint(objects.end(), ++mLastName, Object{kind, current, false, false});
     return mLastName;
 }
 
 // Of names that were never made, as by a call that was dropped, a GL takes no notice.
-void ModelGL::check(GLuint name, const char* what) {
-    if (name == 0 || name > mLastName) return;
-    const auto found = mObjects.find(name);
-    const bool isThere = found != mObjects.end();
-    if (isThere && found->second.context == tContext) return;
-    wrongs.push_back(std::string(what) + (isThere ? " in a foreign context: " : " though gone: ") +
-                     std::to_string(name));
+ModelGL::Object* ModelGL::use(GLuint name, const char* what) {
+    const auto found = objects.find(name);
+    const bool isThere = found != objects.end();
+    if (isThere ? found->second.context != current : name != 0 && name <= mLastName)
+        wrongs.push_back(what + std::string(isThere ? " elsewhere: " : " though gone: ") +
+                         std::to_string(name));
+    return isThere ? &found->second : nullptr;
 }
 
 void ModelGL::destroy(GLuint name, bool dropped) {
     const Exempt exempt;
     const Lock lock(mMutex);
-    check(name, "deleted");
-    const auto found = mObjects.find(name);
-    if (found == mObjects.end()) return;
-    if (dropped)
-        found->second.mayStay = true;
-    else
-        mObjects.erase(found);
-}
-
-void ModelGL::use(GLuint name) {
-    const Lock lock(mMutex);
-    check(name, "used");
-}
-
-bool ModelGL::knows(GLuint name) const {
-    const Lock lock(mMutex);
-    return mObjects.count(name) != 0;
+    Object* const object = use(name, "deleted");
+    if (dropped && object != nullptr) object->mayStay = true;
+    if (!dropped) objects.erase(name);
 }
 
 void ModelGL::build(GLuint name, bool succeeds) {
     const Lock lock(mMutex);
-    check(name, "built");
-    const auto found = mObjects.find(name);
-    if (found == mObjects.end()) return;
-    found->second.isBuilt = succeeds;
-    if (!succeeds) found->second.mayStay = true;
+    Object* const object = use(name, "built");
+    if (object == nullptr) return;
+    object->isBuilt = succeeds;
+    object->mayStay = object->mayStay || !succeeds;
 }
 
-bool ModelGL::isBuilt(GLuint name) {
+ModelGL::Object ModelGL::find(GLuint name) {
     const Lock lock(mMutex);
-    const auto found = mObjects.find(name);
-    return found != mObjects.end() && found->second.isBuilt;
-}
-
-std::vector<std::string> ModelGL::lost() const {
-    std::vector<std::string> names;
-    for (const auto& [name, object] : mObjects)
-        if (!object.mayStay) names.push_back(object.kind + std::string(" ") + std::to_string(name));
-    return names;
+    const auto found = objects.find(name);
+    return found != objects.end() ? found->second : Object{};
 }

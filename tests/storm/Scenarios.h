@@ -3,7 +3,6 @@
 #include "ModelGL.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,11 +14,9 @@ struct Scenario {
         /// there afterwards
         std::function<bool()> run;
     };
-    std::vector<Step> steps;
+    std::vector<Step> steps;  ///< the last one lets go of everything
     /// What an operation after the first leaves as it was when it runs out of memory; may be empty.
-    std::function<std::string()> state;
-    std::function<void()> end;      ///< lets go of what its objects do not; may be empty
-    std::shared_ptr<void> objects;  ///< what the steps work on
+    std::function<std::string()> state = {};
 };
 
 /// A maker of the scenario in two contexts that nothing has used before.

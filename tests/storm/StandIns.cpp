@@ -41,7 +41,7 @@ int XTextWidth(XFontStruct* font, const char*, int length) {
 }
 void glXUseXFont(Font, int, int, int) {}
 GLXContext glXGetCurrentContext() {
-    return reinterpret_cast<GLXContext>(static_cast<std::uintptr_t>(ModelGL::current()));
+    return reinterpret_cast<GLXContext>(static_cast<std::uintptr_t>(ModelGL::current));
 }
 GLXContextID glXGetContextIDEXT(GLXContext context) {
     return reinterpret_cast<std::uintptr_t>(context);
