@@ -23,29 +23,29 @@ namespace {
 /// A way to fail at the nth place of its kind.
 struct Weather {
     const char* name;
-    void (*arm)(ModelGL& gl, FileFaults& files, int nth);
+    void (*arm)(RecordedGL& gl, FileFaults& files, int nth);
     bool takesMemory = false;
 };
 
 template <bool kOnwards>
-void failAllocation(ModelGL&, FileFaults&, int nth) {
+void failAllocation(RecordedGL&, FileFaults&, int nth) {
     Allocations::failing = nth;
     Allocations::failingOnwards = kOnwards;
 }
-template <ModelGL::Fault kFault, long kFailing = 0>
-void failCall(ModelGL& gl, FileFaults&, int nth) {
+template <RecordedGL::Fault kFault, long kFailing = 0>
+void failCall(RecordedGL& gl, FileFaults&, int nth) {
     gl.failingAfterError = kFailing;
     gl.arm(kFault, nth);
 }
 template <int kError>
-void failOpen(ModelGL&, FileFaults& files, int nth) {
+void failOpen(RecordedGL&, FileFaults& files, int nth) {
     files.failOpen(nth, kError);
 }
-void failRead(ModelGL&, FileFaults& files, int nth) {
+void failRead(RecordedGL&, FileFaults& files, int nth) {
     files.failRead(nth, EIO);
 }
 
-using Fault = ModelGL::Fault;
+using Fault = RecordedGL::Fault;
 const Weather kWeathers[] = {{"an allocation", failAllocation<false>, true},
                              {"memory", failAllocation<true>, true},
                              {"a check", failCall<Fault::Error>},
@@ -57,6 +57,18 @@ const Weather kWeathers[] = {{"an allocation", failAllocation<false>, true},
                              {"open for memory", failOpen<ENOMEM>, true},
                              {"read", failRead}};
 using Faults = std::vector<std::pair<const Weather*, int>>;
+
+struct QuietGL : RecordedGL {
+    QuietGL() {
+        muted = true;
+        infoLog = "0:1(1): error: wrong\n";
+        strings = {{GL_VERSION, "2.1"},
+                   {GL_PROGRAM_ERROR_STRING_ARB, "wrong"},
+                   {GL_EXTENSIONS,
+                    "GL_ARB_shading_language_100 GL_ARB_shader_objects "
+                    "GL_ARB_fragment_shader GL_ARB_vertex_shader"}};
+    }
+};
 
 /// One run of a subject, in which one of its steps meets faults.
 class Trial {
@@ -72,7 +84,7 @@ private:
         static unsigned int last = 0;
         const unsigned int a = ++last, b = ++last;
         const Allocations::Exempt exempt;
-        ModelGL gl;
+        QuietGL gl;
         FileFaults files;
         Scenario scenario = subject.make(gl, a, b);
         for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
@@ -81,17 +93,17 @@ private:
         }
         scenario = {};
         for (const unsigned int context : {a, b}) {
-            ModelGL::current = context;
+            RecordedGL::current = context;
             KyDeferredDeleteMap::deferredDelete(context);
         }
         kyglClearAllContexts();
         for (const std::string& wrong : gl.wrongs)
             expect(false, wrong);
         for (const auto& [name, object] : gl.objects)
-            expect(object.mayStay, "lost " + std::to_string(name) + ", a " + object.kind);
+            expect(object.mayStay, "lost " + std::to_string(name) + " of " + object.madeBy);
     }
 
-    void meet(const Scenario& scenario, std::size_t step, ModelGL& gl, FileFaults& files,
+    void meet(const Scenario& scenario, std::size_t step, RecordedGL& gl, FileFaults& files,
               const Faults& faults) {
         const bool hasState = scenario.state && step > 0;
         const std::string before = hasState ? scenario.state() : "";
@@ -140,7 +152,7 @@ struct StormFaults : testing::Test {
     }
 
     static std::size_t stepsOf(const Subject& subject) {
-        ModelGL gl;
+        QuietGL gl;
         return subject.make(gl, 1, 2).steps.size();
     }
     bool meets(const Subject& subject, std::size_t step, const Faults& faults) {

@@ -15,8 +15,10 @@
 
 namespace {
 
+using Status = RecordedGL::Status;
+
 unsigned int& current() {
-    return ModelGL::current;
+    return RecordedGL::current;
 }
 
 // ---- shaders; the files "v" and "f" are in the folder "storm" and include others
@@ -46,11 +48,11 @@ struct MainRoad {
         return good && apply(b) && apply(a);
     }
     using Change = bool (KyShaderProgram::*)(const KyString&);
-    bool fail(unsigned int context, bool& works, Change push, Change remove) {
-        works = false;
+    bool fail(unsigned int context, Status& status, Change push, Change remove) {
+        status.always = 0;
         (program.*push)("BROKEN");
         const bool failed = !apply(context);
-        works = true;
+        status.always = 1;
         (program.*remove)("BROKEN");
         return failed && apply(context);
     }
@@ -66,25 +68,26 @@ struct MainRoad {
     }
 };
 
-Scenario mainRoad(ModelGL& gl, unsigned int a, unsigned int b) {
+Scenario mainRoad(RecordedGL& gl, unsigned int a, unsigned int b) {
     using Program = KyShaderProgram;
     const auto road = std::make_shared<MainRoad>();
-    const auto fail = [=](bool& works, MainRoad::Change push, MainRoad::Change remove) {
-        return road->fail(a, works, push, remove);
+    const auto fail = [=](Status& status, MainRoad::Change push, MainRoad::Change remove) {
+        return road->fail(a, status, push, remove);
     };
     return {{{"create", [=] { return road->create(); }},
              {"apply", [=] { return road->apply(a); }},
              {"broken vertices",
               [=, &gl] {
-                  return fail(gl.compiles, &Program::pushVertexMacro, &Program::removeVertexMacro);
+                  return fail(gl.compileStatus, &Program::pushVertexMacro,
+                              &Program::removeVertexMacro);
               }},
              {"broken fragments",
               [=, &gl] {
-                  return fail(gl.compiles, &Program::pushFragmentMacro,
+                  return fail(gl.compileStatus, &Program::pushFragmentMacro,
                               &Program::removeFragmentMacro);
               }},
              {"broken link",
-              [=, &gl] { return fail(gl.links, &Program::pushMacro, &Program::removeMacro); }},
+              [=, &gl] { return fail(gl.linkStatus, &Program::pushMacro, &Program::removeMacro); }},
              {"change", [=] { return road->change(a, b); }},
              {"send", [=] { return road->send(); }},
              {"create anew", [=] { return road->create() && road->apply(b); }},
@@ -106,12 +109,12 @@ struct PlainTechnique {
         technique.setVertexShader(&other);
         return good && link(context);
     }
-    bool fail(unsigned int context, bool& works) {
-        works = false;
+    bool fail(unsigned int context, Status& status) {
+        status.always = 0;
         fragment.clearParameters();
         fragment.pushParameter("BROKEN");
         const bool failed = !link(context);
-        works = true;
+        status.always = 1;
         return failed && link(context);
     }
     bool end() {
@@ -121,11 +124,11 @@ struct PlainTechnique {
     }
 };
 
-Scenario plainTechnique(ModelGL& gl, unsigned int a, unsigned int b) {
+Scenario plainTechnique(RecordedGL& gl, unsigned int a, unsigned int b) {
     const auto plain = std::make_shared<PlainTechnique>();
     return {{{"link", [=] { return plain->link(a); }},
              {"link elsewhere", [=] { return plain->link(b) && plain->link(a); }},
-             {"broken link", [=, &gl] { return plain->fail(a, gl.links); }},
+             {"broken link", [=, &gl] { return plain->fail(a, gl.linkStatus); }},
              {"change", [=] { return plain->change(b); }},
              {"end", [=] { return plain->end(); }}}};
 }
@@ -133,18 +136,18 @@ Scenario plainTechnique(ModelGL& gl, unsigned int a, unsigned int b) {
 // ---- back-ends; the names that they hand out are the caller's
 
 struct Names {
-    ModelGL& gl;
+    RecordedGL& gl;
     unsigned int vertex = 0, fragment = 0, program = 0;
 
     bool end() {
         for (unsigned int* const name : {&vertex, &fragment, &program})
-            gl.destroy(std::exchange(*name, 0));
+            gl.destroy(std::exchange(*name, 0), false);
         return true;
     }
 };
 
 template <auto kPrepare, auto kLink, auto kLog>
-Scenario backEnd(ModelGL& gl, unsigned int a, unsigned int) {
+Scenario backEnd(RecordedGL& gl, unsigned int a, unsigned int) {
     const auto names = std::make_shared<Names>(Names{gl});
     const auto prepare = [=] {
         current() = a;
@@ -154,18 +157,18 @@ Scenario backEnd(ModelGL& gl, unsigned int a, unsigned int) {
     const auto readLogs = [=, &gl] {
         bool good = true;
         for (const int length : {-5, 0, 1, 5, 4096}) {
-            gl.logLength = length;
-            gl.links = false;
+            gl.infoLogLength = length;
+            gl.linkStatus.always = 0;
             KyString log("former");
             good = kLog(names->program, log).ok() && kLink(names->program).failed() && good;
         }
-        gl.links = true;
+        gl.linkStatus.always = 1;
         return good;
     };
     const auto fail = [=, &gl] {
-        gl.compiles = false;
+        gl.compileStatus.always = 0;
         const bool failed = !prepare();
-        gl.compiles = true;
+        gl.compileStatus.always = 1;
         return failed;
     };
     return {{{"prepare", [=] { return prepare() && kLink(names->program).ok(); }},
@@ -174,13 +177,13 @@ Scenario backEnd(ModelGL& gl, unsigned int a, unsigned int) {
              {"end", [=] { return names->end(); }}}};
 }
 
-Scenario assembly(ModelGL& gl, unsigned int a, unsigned int) {
+Scenario assembly(RecordedGL& gl, unsigned int a, unsigned int) {
     const auto names = std::make_shared<Names>(Names{gl});
     const auto load = [=, &gl](int errorPosition, bool hasStrings) {
         current() = a;
         names->end();
-        gl.errorPosition = errorPosition;
-        gl.hasStrings = hasStrings;
+        gl.programErrorPosition = errorPosition;
+        if (!hasStrings) gl.strings.clear();
         return kyglShaderARBPrepareProgram("a\nb", "c", &names->vertex, &names->fragment).ok();
     };
     return {{{"load", [=] { return load(-1, true); }},
@@ -238,7 +241,7 @@ struct Text {
     }
 };
 
-Scenario text(ModelGL&, unsigned int a, unsigned int b) {
+Scenario text(RecordedGL&, unsigned int a, unsigned int b) {
     const Text text{a, b};
     return {{{"first use", [=] { return text.begin(); }},
              {"draw", Text::draw},
@@ -248,7 +251,7 @@ Scenario text(ModelGL&, unsigned int a, unsigned int b) {
             [=] { return text.state(); }};
 }
 
-Scenario texture(ModelGL&, unsigned int a, unsigned int b) {
+Scenario texture(RecordedGL&, unsigned int a, unsigned int b) {
     const auto texture = std::make_shared<KyTexture>();
     const auto bind = [=](unsigned int context) {
         current() = context;
@@ -270,7 +273,7 @@ Scenario texture(ModelGL&, unsigned int a, unsigned int b) {
 }
 
 // Each trial has a thread of its own, which has no record at first.
-Scenario registry(ModelGL&, unsigned int a, unsigned int b) {
+Scenario registry(RecordedGL&, unsigned int a, unsigned int b) {
     const auto set = [](unsigned int id) {
         current() = id;
         kyglSetContext(id);
@@ -278,7 +281,7 @@ Scenario registry(ModelGL&, unsigned int a, unsigned int b) {
     };
     const auto again = [=] {
         kyglInitContext();
-        return kyglGLSLAvailable(a) && !kyglVBOsAvailable(b) && kyglGetContext() == a;
+        return kyglGLSLAvailable(a) && !kyglVBOsAvailable(0) && kyglGetContext() == a;
     };
     const auto forget = [=] {
         kyglClearContext(a);
@@ -292,12 +295,12 @@ Scenario registry(ModelGL&, unsigned int a, unsigned int b) {
             [] { return std::to_string(kyglGetContext()); }};
 }
 
-Scenario queue(ModelGL& gl, unsigned int a, unsigned int b) {
+Scenario queue(RecordedGL& gl, unsigned int a, unsigned int b) {
     using Queue = KyDeferredDeleteMap;
     const auto mine = std::make_shared<std::vector<unsigned int>>();
     current() = a;
     for (int i = 0; i < 4; ++i)
-        mine->push_back(gl.make("buffer"));
+        mine->push_back(gl.make("a test"));
     const auto push = [=] {
         for (; !mine->empty(); mine->pop_back())
             Queue::pushBufferHandle(mine->back(), a);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ModelGL.h"
+#include "../support/RecordedGL.h"
 
 #include <functional>
 #include <string>
@@ -22,6 +22,6 @@ struct Scenario {
 /// A maker of the scenario in two contexts that nothing has used before.
 struct Subject {
     const char* name;
-    Scenario (*make)(ModelGL& gl, unsigned int first, unsigned int second);
+    Scenario (*make)(RecordedGL& gl, unsigned int first, unsigned int second);
 };
 extern const std::vector<Subject> kSubjects;
