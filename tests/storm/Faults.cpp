@@ -1,6 +1,6 @@
 /// Lets every allocation, error check, GL call and reading of a file fail in turn, at every place
-/// of every operation. After each nothing is lost, doubled or deleted in a foreign context, memory
-/// that ran out leaves what the operation promises, and the same operation then succeeds.
+/// of every operation. Afterwards nothing is lost, doubled or deleted in a foreign context, memory
+/// that ran out has left what the operation promises, and the same operation succeeds.
 #include "../support/Allocations.h"
 #include "../support/FileFaults.h"
 #include "../support/TempShaders.h"
@@ -15,7 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <new>
 #include <random>
 #include <thread>
 
@@ -24,116 +23,110 @@ namespace {
 /// A way to fail at the nth place of its kind.
 struct Weather {
     const char* name;
-    void (*arm)(ModelGL& gl, FileFaults& files, long nth);
-    bool takesMemory;
+    void (*arm)(RecordedGL& gl, FileFaults& files, int nth);
+    bool takesMemory = false;
 };
 
-void failAllocation(long nth, bool onwards) {
+template <bool kOnwards>
+void failAllocation(RecordedGL&, FileFaults&, int nth) {
     Allocations::failing = nth;
-    Allocations::failingOnwards = onwards;
+    Allocations::failingOnwards = kOnwards;
 }
-template <long kFailing>
-void failCheck(ModelGL& gl, FileFaults&, long nth) {
+template <RecordedGL::Fault kFault, long kFailing = 0>
+void failCall(RecordedGL& gl, FileFaults&, int nth) {
     gl.failingAfterError = kFailing;
-    gl.arm(ModelGL::Fault::Error, nth);
+    gl.arm(kFault, nth);
+}
+template <int kError>
+void failOpen(RecordedGL&, FileFaults& files, int nth) {
+    files.failOpen(nth, kError);
+}
+void failRead(RecordedGL&, FileFaults& files, int nth) {
+    files.failRead(nth, EIO);
 }
 
-const Weather kWeathers[] = {
-    {"an allocation", [](ModelGL&, FileFaults&, long nth) { failAllocation(nth, false); }, true},
-    {"memory", [](ModelGL&, FileFaults&, long nth) { failAllocation(nth, true); }, true},
-    {"a check", failCheck<0>, false},
-    {"a check, then memory", failCheck<1>, true},
-    {"a check, then memory a little later", failCheck<3>, true},
-    {"a call", [](ModelGL& gl, FileFaults&, long nth) { gl.arm(ModelGL::Fault::Drop, nth); },
-     false},
-    {"a name", [](ModelGL& gl, FileFaults&, long nth) { gl.arm(ModelGL::Fault::Zero, nth); },
-     false},
-    {"open",
-     [](ModelGL&, FileFaults& files, long nth) { files.failOpen(static_cast<int>(nth), EMFILE); },
-     false},
-    {"open, for memory",
-     [](ModelGL&, FileFaults& files, long nth) { files.failOpen(static_cast<int>(nth), ENOMEM); },
-     true},
-    {"read",
-     [](ModelGL&, FileFaults& files, long nth) { files.failRead(static_cast<int>(nth), EIO); },
-     false},
+using Fault = RecordedGL::Fault;
+const Weather kWeathers[] = {{"an allocation", failAllocation<false>, true},
+                             {"memory", failAllocation<true>, true},
+                             {"a check", failCall<Fault::Error>},
+                             {"a check, then memory", failCall<Fault::Error, 1>, true},
+                             {"a check, memory later", failCall<Fault::Error, 3>, true},
+                             {"a call", failCall<Fault::Drop>},
+                             {"a name", failCall<Fault::Zero>},
+                             {"open", failOpen<EMFILE>},
+                             {"open for memory", failOpen<ENOMEM>, true},
+                             {"read", failRead}};
+using Faults = std::vector<std::pair<const Weather*, int>>;
+
+struct QuietGL : RecordedGL {
+    QuietGL() {
+        muted = true;
+        infoLog = "0:1(1): error: wrong\n";
+        strings = {{GL_VERSION, "2.1"},
+                   {GL_PROGRAM_ERROR_STRING_ARB, "wrong"},
+                   {GL_EXTENSIONS,
+                    "GL_ARB_shading_language_100 GL_ARB_shader_objects "
+                    "GL_ARB_fragment_shader GL_ARB_vertex_shader"}};
+    }
 };
 
-/// One run of a subject, in which one of its steps meets a fault.
+/// One run of a subject, in which one of its steps meets faults.
 class Trial {
 public:
-    Trial(const Subject& subject, std::size_t step) : mSubject(subject), mStep(step) {}
-
-    /// @return whether there was such a place
-    bool run(const std::vector<std::pair<const Weather*, long>>& faults) {
-        std::thread([&] { runHere(faults); }).join();
-        return mFired;
+    Trial(const Subject& subject, std::size_t step, const Faults& faults) {
+        std::thread([&] { run(subject, step, faults); }).join();
     }
-    std::string what;  ///< what went wrong, or ""
-    static std::size_t stepsOf(const Subject& subject) {
-        ModelGL gl;
-        return subject.make(gl, 1, 2).steps.size();
-    }
+    bool fired = false;  ///< whether there was such a place
+    std::string wrongs;
 
 private:
-    void runHere(const std::vector<std::pair<const Weather*, long>>& faults) {
-        static unsigned int last = 10;
+    void run(const Subject& subject, std::size_t step, const Faults& faults) {
+        static unsigned int last = 0;
         const unsigned int a = ++last, b = ++last;
-        Allocations::Exempt exempt;
-        ModelGL gl;
+        const Allocations::Exempt exempt;
+        QuietGL gl;
         FileFaults files;
-        Scenario scenario = mSubject.make(gl, a, b);
+        Scenario scenario = subject.make(gl, a, b);
         for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
-            if (i == mStep) meet(scenario, gl, files, faults);
+            if (i == step) meet(scenario, step, gl, files, faults);
             expect(scenario.steps[i].run(), scenario.steps[i].name + std::string(" fails"));
         }
-        if (scenario.end) scenario.end();
         scenario = {};
         for (const unsigned int context : {a, b}) {
-            ModelGL::makeCurrent(context);
+            RecordedGL::current = context;
             KyDeferredDeleteMap::deferredDelete(context);
         }
         kyglClearAllContexts();
-        ModelGL::makeCurrent(0);
         for (const std::string& wrong : gl.wrongs)
             expect(false, wrong);
-        for (const std::string& lost : gl.lost())
-            expect(false, "lost " + lost);
+        for (const auto& [name, object] : gl.objects)
+            expect(object.mayStay, "lost " + std::to_string(name) + " of " + object.madeBy);
     }
 
-    void meet(const Scenario& scenario, ModelGL& gl, FileFaults& files,
-              const std::vector<std::pair<const Weather*, long>>& faults) {
-        const bool hasState = scenario.state && mStep > 0;
+    void meet(const Scenario& scenario, std::size_t step, RecordedGL& gl, FileFaults& files,
+              const Faults& faults) {
+        const bool hasState = scenario.state && step > 0;
         const std::string before = hasState ? scenario.state() : "";
-        bool ranOut = false, mayRunOut = false;
+        bool mayRunOut = false;
         for (const auto& [weather, nth] : faults) {
             mayRunOut = mayRunOut || weather->takesMemory;
             weather->arm(gl, files, nth);
         }
-        const long failed = Allocations::failed;
         --Allocations::exempt;
-        try {
-            scenario.steps[mStep].run();
-        } catch (const std::bad_alloc&) {
-            ranOut = true;
-        }
+        const bool ranOut = Allocations::stop(Allocations::failing, Allocations::failingOnwards,
+                                              [&] { scenario.steps[step].run(); });
         ++Allocations::exempt;
-        mFired = Allocations::failed > failed || gl.fired() || files.failed > 0;
-        failAllocation(0, false);
-        gl.arm(ModelGL::Fault::None, 0);
+        fired = Allocations::failed > 0 || gl.fired || files.failed > 0;
+        gl.arm(Fault::None, 0);
         files.openErrors.clear();
         files.readErrors.clear();
         expect(!ranOut || mayRunOut, "ran out of memory that there was");
-        if (ranOut && hasState) expect(scenario.state() == before, "left another state");
+        expect(!ranOut || !hasState || scenario.state() == before, "left another state");
     }
 
     void expect(bool good, const std::string& message) {
-        if (!good) what += message + "; ";
+        if (!good) wrongs += message + "; ";
     }
-
-    const Subject& mSubject;
-    std::size_t mStep;
-    bool mFired = false;
 };
 
 struct StormFaults : testing::Test {
@@ -145,7 +138,7 @@ struct StormFaults : testing::Test {
         KyResult::setReporter([](const KyResult&, KyResult::Report) {});
         KyGLText::setDisplay(reinterpret_cast<_XDisplay*>(this));
         // Names that are let go of have room in the queue, so that none needs be given up.
-        for (unsigned int i = 0; i < 256; ++i) {
+        for (int i = 0; i < 256; ++i) {
             KyDeferredDeleteMap::pushShaderHandle(0, 0);
             KyDeferredDeleteMap::pushTehniqueHandle(0, 0);
             KyDeferredDeleteMap::pushTextureHandle(0, 0);
@@ -155,19 +148,22 @@ struct StormFaults : testing::Test {
     ~StormFaults() override {
         KyGLText::setDisplay(nullptr);
         KyResult::setReporter(nullptr);
+        std::printf("places tried: %ld, faults found: %ld\n", places, found);
     }
 
-    bool meets(const Subject& subject, std::size_t step,
-               const std::vector<std::pair<const Weather*, long>>& faults) {
-        Trial trial(subject, step);
-        const bool fired = trial.run(faults);
-        places += fired ? 1 : 0;
-        if (trial.what.empty()) return fired;
-        std::string where = std::string(subject.name) + ", step " + std::to_string(step) + ':';
+    static std::size_t stepsOf(const Subject& subject) {
+        QuietGL gl;
+        return subject.make(gl, 1, 2).steps.size();
+    }
+    bool meets(const Subject& subject, std::size_t step, const Faults& faults) {
+        const Trial trial(subject, step, faults);
+        places += trial.fired ? 1 : 0;
+        if (trial.wrongs.empty()) return trial.fired;
+        std::string where = subject.name + std::string(", step ") + std::to_string(step) + ": ";
         for (const auto& [weather, nth] : faults)
-            where += std::string(" ") + weather->name + ' ' + std::to_string(nth);
-        if (++found <= 20) ADD_FAILURE() << where << ": " << trial.what;
-        return fired;
+            where += weather->name + std::string(" ") + std::to_string(nth) + ": ";
+        if (++found <= 20) ADD_FAILURE() << where << trial.wrongs;
+        return trial.fired;
     }
 
     const TempShaders tree{"storm"};
@@ -178,26 +174,21 @@ struct StormFaults : testing::Test {
 
 TEST_F(StormFaults, everyPlaceOfEveryOperation) {
     for (const Subject& subject : kSubjects)
-        for (std::size_t step = 0; step < Trial::stepsOf(subject); ++step)
+        for (std::size_t step = 0; step < stepsOf(subject); ++step)
             for (const Weather& weather : kWeathers)
-                for (long nth = 1; meets(subject, step, {{&weather, nth}});)
+                for (int nth = 1; meets(subject, step, {{&weather, nth}});)
                     ++nth;
-    std::printf("places tried: %ld, faults found: %ld\n", places, found);
 }
 
 TEST_F(StormFaults, twoFaultsAtOnce) {
     std::mt19937 random(std::random_device{}());
     const auto any = [&](std::size_t count) { return random() % count; };
-    for (Rounds rounds; rounds.goOn();) {
-        for (int i = 0; i < 3000; ++i) {
-            const Subject& subject = kSubjects[any(kSubjects.size())];
-            const auto fault = [&] {
-                return std::pair<const Weather*, long>(
-                    &kWeathers[any(std::size(kWeathers))],
-                    static_cast<long>(1 + any(any(2) == 0 ? 6 : 60)));
-            };
-            meets(subject, any(Trial::stepsOf(subject)), {fault(), fault()});
-        }
+    const auto fault = [&] {
+        const Weather& weather = kWeathers[any(std::size(kWeathers))];
+        return std::pair(&weather, static_cast<int>(1 + any(any(2) == 0 ? 6 : 60)));
+    };
+    for (Rounds rounds; rounds.goOn() || places < 10000;) {
+        const Subject& subject = kSubjects[any(kSubjects.size())];
+        meets(subject, any(stepsOf(subject)), {fault(), fault()});
     }
-    std::printf("places tried: %ld, faults found: %ld\n", places, found);
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "ModelGL.h"
+#include "../support/RecordedGL.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,16 +14,14 @@ struct Scenario {
         /// there afterwards
         std::function<bool()> run;
     };
-    std::vector<Step> steps;
+    std::vector<Step> steps;  ///< the last one lets go of everything
     /// What an operation after the first leaves as it was when it runs out of memory; may be empty.
-    std::function<std::string()> state;
-    std::function<void()> end;      ///< lets go of what its objects do not; may be empty
-    std::shared_ptr<void> objects;  ///< what the steps work on
+    std::function<std::string()> state = {};
 };
 
 /// A maker of the scenario in two contexts that nothing has used before.
 struct Subject {
     const char* name;
-    Scenario (*make)(ModelGL& gl, unsigned int first, unsigned int second);
+    Scenario (*make)(RecordedGL& gl, unsigned int first, unsigned int second);
 };
 extern const std::vector<Subject> kSubjects;

@@ -1,6 +1,6 @@
 /// The X server, GLX and Qt of the storm: they never fail, and never run out of memory.
 #include "../support/Allocations.h"
-#include "ModelGL.h"
+#include "../support/RecordedGL.h"
 
 #include <kylib/KyEnvironment.h>
 
@@ -41,7 +41,7 @@ int XTextWidth(XFontStruct* font, const char*, int length) {
 }
 void glXUseXFont(Font, int, int, int) {}
 GLXContext glXGetCurrentContext() {
-    return reinterpret_cast<GLXContext>(static_cast<std::uintptr_t>(ModelGL::current()));
+    return reinterpret_cast<GLXContext>(static_cast<std::uintptr_t>(RecordedGL::current));
 }
 GLXContextID glXGetContextIDEXT(GLXContext context) {
     return reinterpret_cast<std::uintptr_t>(context);

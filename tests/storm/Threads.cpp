@@ -1,7 +1,7 @@
 /// Many threads over many contexts, against a model that takes no lock: a lock of its own would
 /// hide from ThreadSanitizer one that the library lacks.
+#include "../support/RecordedGL.h"
 #include "../support/Together.h"
-#include "ModelGL.h"
 #include "Rounds.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -25,7 +25,7 @@ std::atomic<long> sWrong;
 void countDeleted(GLuint name) {
     const unsigned int context = name % (kContexts + 1);
     sDeleted[context].fetch_add(1, std::memory_order_relaxed);
-    if (context != ModelGL::current()) sWrong.fetch_add(1, std::memory_order_relaxed);
+    if (context != RecordedGL::current) sWrong.fetch_add(1, std::memory_order_relaxed);
 }
 void countDeletedOne(GLsizei, const GLuint* name) {
     countDeleted(*name);
@@ -35,12 +35,12 @@ bool canDoGLSL(unsigned int context) {
     return context % 2 == 1;
 }
 const GLubyte* words(GLenum name) {
-    const char* const text = name == GL_VERSION              ? "2.1"
-                             : canDoGLSL(ModelGL::current()) ? "GL_ARB_shading_language_100 "
-                                                               "GL_ARB_shader_objects "
-                                                               "GL_ARB_fragment_shader "
-                                                               "GL_ARB_vertex_shader"
-                                                             : "";
+    const char* const text = name == GL_VERSION               ? "2.1"
+                             : canDoGLSL(RecordedGL::current) ? "GL_ARB_shading_language_100 "
+                                                                "GL_ARB_shader_objects "
+                                                                "GL_ARB_fragment_shader "
+                                                                "GL_ARB_vertex_shader"
+                                                              : "";
     return reinterpret_cast<const GLubyte*>(text);
 }
 
@@ -51,7 +51,7 @@ struct NoOp<Result (*)(Arguments...)> {
     static Result call(Arguments...) { return Result(); }
 };
 
-struct QuietGL : ModelGL {  // which puts the driver's entry points back
+struct QuietGL : RecordedGL {  // which puts the driver's entry points back
     QuietGL() {
 #define SILENCE(Result, Name, Parameters) __glew##Name = NoOp<decltype(__glew##Name)>::call;
         SOGL_ENTRY_POINTS(SILENCE)
@@ -82,7 +82,7 @@ void push(std::mt19937& random) {
 long visit(unsigned int context, std::mt19937& random) {
     long wrong = 0;
     const auto expect = [&](bool good) { wrong += good ? 0 : 1; };
-    ModelGL::makeCurrent(context);
+    RecordedGL::current = context;
     kyglSetContext(context);
     expect(kyglGetContext() == context);
     expect(kyglGLSLAvailable(context) == canDoGLSL(context));
@@ -119,13 +119,13 @@ TEST(StormThreads, sixtyFourThreadsOverAThousandContexts) {
                 }
             });
             for (unsigned int context = 1; context <= kContexts; ++context) {
-                ModelGL::makeCurrent(context);
+                RecordedGL::current = context;
                 KyDeferredDeleteMap::deferredDelete(context);
                 ASSERT_EQ(sDeleted[context], sPushed[context]) << context;
             }
             kyglClearAllContexts();
         }
-        ModelGL::makeCurrent(0);
+        RecordedGL::current = 0;
     }
     KyGLText::setDisplay(nullptr);
     EXPECT_EQ(sWrong, 0);

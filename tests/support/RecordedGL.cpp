@@ -1,5 +1,7 @@
 #include "RecordedGL.h"
 
+#include "Allocations.h"
+
 #include <algorithm>
 #include <cstring>
 #include <sstream>
@@ -37,16 +39,29 @@ const GLubyte* bytes(const std::string& text) {
 
 // Entry points are told apart by their types where those say enough.
 template <typename Result>
-struct Gives {};
+struct Gives {
+    const char* name;
+    bool is(const char* verb) const { return std::strncmp(name + 2, verb, std::strlen(verb)) == 0; }
+};
 template <typename Result, typename... Arguments>
 Result answer(Gives<Result>, Arguments...) {
     return Result();
 }
-GLuint answer(Gives<GLuint>) {
-    return ++sGL->lastName;
+GLuint answer(Gives<GLuint> call) {
+    return sGL->make(call.name);
 }
-GLuint answer(Gives<GLuint>, GLenum) {
-    return ++sGL->lastName;
+template <typename Kind>
+GLuint answer(Gives<GLuint> call, Kind) {
+    return sGL->make(call.name);
+}
+void answer(Gives<void> call, GLuint name) {
+    if (call.is("Delete")) sGL->destroy(name, false);
+}
+void answer(Gives<void> call, GLsizei, const GLuint* name) {
+    answer(call, *name);
+}
+void answer(Gives<void> call, GLuint name, GLsizei) {
+    answer(call, name);
 }
 GLboolean answer(Gives<GLboolean>, GLuint name) {
     return sGL->notPrograms.count(name) == 0;
@@ -76,11 +91,10 @@ void answer(Gives<void>, GLenum name, GLint* out) {
            : name == GL_PROGRAM_ERROR_POSITION_ARB ? sGL->programErrorPosition
                                                    : 0;
 }
-void answer(Gives<void>, GLsizei count, GLuint* names) {
-    while (count-- > 0)
-        *names++ = ++sGL->lastName;
+void answer(Gives<void> call, GLsizei, GLuint* name) {
+    *name = sGL->make(call.name);
 }
-void answer(Gives<void>, GLuint, GLenum what, GLint* out) {
+void answer(Gives<void>, GLuint name, GLenum what, GLint* out) {
     const std::size_t room = sGL->infoLog.empty() ? 0 : sGL->infoLog.size() + 1;
     if (what == GL_INFO_LOG_LENGTH) *out = sGL->infoLogLength.value_or(static_cast<GLint>(room));
     if (what != GL_COMPILE_STATUS && what != GL_LINK_STATUS) return;
@@ -90,6 +104,8 @@ void answer(Gives<void>, GLuint, GLenum what, GLint* out) {
         value = status.next.front();
         status.next.pop_front();
     }
+    const auto object = sGL->objects.find(name);
+    if (value.value_or(0) == 0 && object != sGL->objects.end()) object->second.mayStay = true;
     if (value) *out = *value;
 }
 void answer(Gives<void>, GLuint, GLsizei room, GLsizei* outLength, char* out) {
@@ -100,12 +116,31 @@ void answer(Gives<void>, GLuint, GLsizei room, GLsizei* outLength, char* out) {
 }
 
 GLenum answerError() {
+    const Allocations::Exempt exempt;
     const std::lock_guard<std::mutex> lock(sGL->mutex);
     ++sGL->errorReads;
+    if (sGL->happens(RecordedGL::Fault::Error)) {
+        Allocations::failing = sGL->failingAfterError;
+        Allocations::failingOnwards = sGL->failingAfterError != 0;
+        return GL_INVALID_OPERATION;
+    }
     if (sGL->errors.empty()) return 0;
     const GLenum error = sGL->errors.front();
     sGL->errors.pop_front();
     return error;
+}
+
+// The object of a deletion that is dropped stays, whoever let go of it.
+template <typename Result, typename... Arguments>
+void drop(Gives<Result>, Arguments...) {}
+void drop(Gives<void> call, GLuint name) {
+    if (call.is("Delete")) sGL->destroy(name, true);
+}
+void drop(Gives<void> call, GLsizei, const GLuint* name) {
+    drop(call, *name);
+}
+void drop(Gives<void> call, GLuint name, GLsizei) {
+    drop(call, name);
 }
 
 template <typename Pointer, Pointer* kEntry>
@@ -116,9 +151,13 @@ struct Recorder<Result (*)(Arguments...), kEntry> {
     static inline Result (*sFormer)(Arguments...);
 
     static Result call(Arguments... arguments) {
+        const Allocations::Exempt exempt;
         if (!sGL->muted) sGL->note(sName, write(sName, arguments...));
         const std::lock_guard<std::mutex> lock(sGL->mutex);
-        return answer(Gives<Result>(), arguments...);
+        if (!sGL->happens(RecordedGL::Fault::Drop))
+            return answer(Gives<Result>{sName}, arguments...);
+        drop(Gives<Result>{sName}, arguments...);
+        return Result();
     }
     static void put(const char* name) {
         sName = name;
@@ -155,4 +194,42 @@ void RecordedGL::note(const std::string& name, const std::string& call) {
     const auto hook = on.find(name);
     lock.unlock();
     if (hook != on.end()) hook->second();
+}
+
+// Whether it is the place of the fault. A stage that is being built then may stay: its builder does
+// not learn the name. So may a program that seems not to be linked, and an assembly program unless
+// an exception passes, which leaves both in somebody's hands.
+bool RecordedGL::happens(Fault kind) {
+    if (armed != kind || --places != 0) return false;
+    armed = Fault::None;
+    fired = true;
+    const auto last = objects.find(lastName);
+    if (last == objects.end()) return true;
+    const auto isMadeBy = [&](const char* call) {
+        return std::strstr(last->second.madeBy, call) != nullptr;
+    };
+    const bool mayStay = isMadeBy("CreateShader") ||
+                         (isMadeBy("CreateProgram") && kind != Fault::Error) ||
+                         (isMadeBy("GenPrograms") && failingAfterError != 1);
+    last->second.mayStay = last->second.mayStay || mayStay;
+    return true;
+}
+
+GLuint RecordedGL::make(const char* by) {
+    if (happens(Fault::Zero)) return 0;
+    objects[++lastName] = {by, current, false};
+    return lastName;
+}
+
+// Of names that were never made a GL takes no notice.
+void RecordedGL::destroy(GLuint name, bool dropped) {
+    const auto found = objects.find(name);
+    const bool isThere = found != objects.end();
+    if (isThere ? found->second.context != current : name != 0 && name <= lastName)
+        wrongs.push_back("deleted " + std::to_string(name) + (isThere ? " elsewhere" : " again"));
+    if (!isThere) return;
+    if (dropped)
+        found->second.mayStay = true;
+    else
+        objects.erase(found);
 }
