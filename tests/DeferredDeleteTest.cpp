@@ -1,4 +1,5 @@
 #include "support/RecordedGL.h"
+#include "support/Together.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
 
@@ -21,6 +22,13 @@ struct DeferredDeleteTest : testing::Test {
     }
     RecordedGL gl;
 };
+
+// Ahead of all others: where each test has a process of its own, this is the first use.
+TEST_F(DeferredDeleteTest, manyThreadsMayMakeTheFirstCallAtOnce) {
+    constexpr unsigned int kThreads = 32;
+    runTogether(kThreads, [](unsigned int i) { Queue::pushBufferHandle(i, 1); });
+    EXPECT_EQ(drain(1).size(), kThreads);
+}
 
 TEST_F(DeferredDeleteTest, kindsGoInOrderAndTheLastQueuedFirst) {
     const std::tuple<int, unsigned int, unsigned int> pushes[] = {

@@ -3,8 +3,8 @@
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
 
-#include <algorithm>
 #include <regex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -139,20 +139,19 @@ TEST_F(TextGLTest, theExtentIsThatOfTheBoxesLessTheirMargins) {
     picture();
     const Pixels empty = picture();
     for (const char* text : {"", "Wig", "i\nwide\\n\n.\n"}) {
-        int width = 0, height = 0, left = kSide, right = 0, bottom = kSide, top = 0;
+        int width = 0, height = 0;
         KyGLText::textExtent(text, width, height);
         KyGLText::render(0, 0, 0, text);
         const Pixels drawn = picture();
+        std::set<int> columns, rows;
         for (int i = 0; i < kSide * kSide; ++i) {
             const auto at = std::size_t{3} * static_cast<std::size_t>(i);
             if (drawn[at] == empty[at]) continue;
-            left = std::min(left, i % kSide);
-            right = std::max(right, i % kSide + 1);
-            bottom = std::min(bottom, i / kSide);
-            top = std::max(top, i / kSide + 1);
+            columns.insert(i % kSide);
+            rows.insert(i / kSide);
         }
-        EXPECT_EQ(right - left - 4, width) << text;
-        EXPECT_EQ(top - bottom, height) << text;
+        EXPECT_EQ(*columns.rbegin() + 1 - *columns.begin() - 4, width) << text;
+        EXPECT_EQ(*rows.rbegin() + 1 - *rows.begin(), height) << text;
     }
 }
 

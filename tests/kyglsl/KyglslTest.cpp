@@ -92,29 +92,26 @@ TEST(MacroSetTest, aMacroOfManyLinesIsNotKeptForEachOfThem) {
 
 TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {
     const auto placeOf = [](long line) { return line == 12 ? Place{"f", 7} : Place{}; };
-    const struct {
-        std::string line, expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"0:12(3): error: `x' undeclared", "f:7: error: `x' undeclared"},
         {"0:12(3): preprocessor error: no", "f:7: error: preprocessor: no"},
-        {"0:12(31): warning: a: b", "f:7: warning: a: b"},
-        {"0(12) : error C1008: undefined variable \"x\"",
-         "f:7: error: C1008: undefined variable \"x\""},
-        {"0(12) : warning C7050: \"x\" might be", "f:7: warning: C7050: \"x\" might be"},
+        {"0(12) : warning C7050: \"x\" might: be", "f:7: warning: C7050: \"x\" might: be"},
         {"ERROR: 0:12: 'x' : undeclared identifier", "f:7: error: 'x' : undeclared identifier"},
-        {"WARNING: 0:12: 'x' : unused\r", "f:7: warning: 'x' : unused"},
-        {"1:12(3): error: another string", "1:12(3): error: another string"},
-        {"0:13(3): error: no such line", "0:13(3): error: no such line"},
-        {"0:99999999999(3): error: x", "0:99999999999(3): error: x"},
-        {"0:12(3): remark", "0:12(3): remark"},
-        {"0:12", "0:12"},
-        {"error: no main", "error: no main"},
-        {"ERROR: 1 compilation errors.", "ERROR: 1 compilation errors."},
-    };
+        {"WARNING: 0:12: 'x' : unused\r", "f:7: warning: 'x' : unused"}};
+    const char* const others[] = {"1:12(3): error: another string",
+                                  "0:13(3): error: no such line",
+                                  "0:99999999999(3): error: x",
+                                  "0:12(3): remark",
+                                  "0:12",
+                                  "ERROR: 1 compilation errors."};
     std::string log, shown, expected;
-    for (const auto& each : cases) {
-        log += each.line + "\n\n";
-        expected += each.expected + "\n";
+    for (const auto& [line, means] : cases) {
+        log += line + "\n\n";
+        expected += means + "\n";
+    }
+    for (const char* const line : others) {
+        log += line + "\n"s;
+        expected += line + "\n"s;
     }
     for (const Message& message : readDriverLog(log, placeOf))
         shown += toString(message) + "\n";
