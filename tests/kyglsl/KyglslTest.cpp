@@ -14,7 +14,7 @@ static std::string show(const Place& place) {
 }
 
 // Files whose words tell where they stand: <a:2> is on line 2 of the file a. What is between them
-// are directives, parts of such, and what a reader of comments and conditions could stumble over.
+// are directives, parts of such, and what a reader of comments could stumble over.
 static void writeFiles(const TempShaders& tree, std::mt19937& random, bool mayHide) {
     const std::string pieces[] = {"#include \"a\"",
                                   "#include\"b\"",
@@ -24,9 +24,7 @@ static void writeFiles(const TempShaders& tree, std::mt19937& random, bool mayHi
                                   "#include",
                                   "\"e\"",
                                   "\"",
-                                  "//",
                                   "/*",
-                                  "#if X",
                                   "\r",
                                   "\0"s};
     const std::size_t end = std::size(pieces) - (mayHide ? 0 : 1);
