@@ -30,34 +30,28 @@ Pixels picture() {
     return pixels;
 }
 
-struct Pass {
-    bool boxes;
-    int margin, drop;
-    float red, alpha;
-};
-
 int inHalves(int align, int size) {
     return align < 0 ? 0 : align == 0 ? size : 2 * size;
 }
 
 // Each box or line in a single move from the raster position.
 void place(const XFontStruct& font, const Look& look, const std::string& text, int height,
-           const Pass& pass) {
+           bool boxes) {
     static const std::regex breaks("\n|\\\\n");
     const std::vector<std::string> lines(
         std::sregex_token_iterator(text.begin(), text.end(), breaks, -1), {});
     const int h = font.ascent + font.descent, step = h + (2 * h + 5) / 10;
-    int y = look.y + (look.alignY == -1 ? 0 : font.descent + 1) - pass.drop - h;
-    glColor4f(pass.red, 0.5f, 0.75f, pass.alpha);
+    int y = look.y + (look.alignY == -1 ? 0 : font.descent + 1) - (boxes ? font.descent : 0) - h;
+    glColor4f(boxes ? 0.25f : 1, 0.5f, 0.75f, boxes ? look.back : look.fore);
     for (const std::string& line : lines) {
         const auto bytes = static_cast<int>(line.size());
         const int width = XTextWidth(const_cast<XFontStruct*>(&font), line.c_str(), bytes);
-        const int x = 2 * (look.x - pass.margin) - inHalves(look.alignX, width);
+        const int x = 2 * (look.x - (boxes ? 2 : 0)) - inHalves(look.alignX, width);
         glRasterPos3f(0.1f, -0.2f, 0.3f);
         glBitmap(0, 0, 0, 0, static_cast<float>(x) / 2,
                  static_cast<float>(2 * y + inHalves(-look.alignY, height)) / 2, nullptr);
-        if (pass.boxes) glBitmap(width + 4, h, 0, 0, 0, 0, Pixels(4096, 255).data());
-        if (!pass.boxes) glCallLists(bytes, GL_UNSIGNED_BYTE, line.c_str());
+        if (boxes) glBitmap(width + 4, h, 0, 0, 0, 0, Pixels(4096, 255).data());
+        if (!boxes) glCallLists(bytes, GL_UNSIGNED_BYTE, line.c_str());
         y -= step;
     }
 }
@@ -67,9 +61,9 @@ void drawByHand(const XFontStruct& font, const Look& look, const char* text, int
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
         glEnable(GL_BLEND);
     }
-    if (look.back > 0) place(font, look, text, height, {true, 2, font.descent, 0.25f, look.back});
+    if (look.back > 0) place(font, look, text, height, true);
     if (look.fore > 0 && look.fore < 1) glEnable(GL_BLEND);
-    if (look.fore > 0) place(font, look, text, height, {false, 0, 0, 1, look.fore});
+    if (look.fore > 0) place(font, look, text, height, false);
     glDisable(GL_BLEND);
 }
 
