@@ -271,7 +271,7 @@ struct TextTest : testing::Test {
 TEST_F(TextTest, everyCallOfARenderAndEveryNumberInIt) {
     const int alignX[] = {-2, 0, 2}, alignY[] = {-1, 0, 2, -2, -3}, offsets[] = {0, 7, -3};
     const float back[] = {0, 0.5f, 1, -1, 2}, fore[] = {1, 0.5f, 0, 2};
-    const char* const texts[] = {"",    "a",    "il\nWide\n\n\\nend\\", "\n\nb\\\\n",
+    const char* const texts[] = {"",    "a",    "il\nWidest\n\n\\nend\\", "\n\nb\\\\n",
                                  "\\n", "a\tb", "a\r\xff\\N\\n"};
     KyGLText::fontBase(12);
     std::mt19937 random(1);
@@ -439,12 +439,12 @@ TEST_F(TextTest, noListLeavesThePenShortOfWhatIsMeasuredAndNoErrorIsLeft) {
                           {32, 0, 0, 33, "b-i", "32 +4"},
                           {255, 0, 0, 256, "-b", "255 =256 256 +4"},
                           {32, 0, 0, 33, "i", ""},
-                          {32, 0, 0, 33, "b", "32 +4 33 +4 34 +4"},
                           {32, 0, 1, 33, "-i-bbb", "32 =33 34 =33"},
                           {32, 0, 1, 256 + 32, "-ibfii", "32 +5 34 +4"},
                           {32, 0, 1, 256 + 34, "-ibii-", "34 +4"},
                           {32, 1, 2, 256 + 33, "ii-bib", "32 +6 33 +6 34 +6"},
-                          {32, 1, 2, 33, "iiiiii", ""}};
+                          {32, 1, 2, 33, "iiiiii", ""},
+                          {32, 0, 0, 33, "b", "32 +4 33 +4 34 +4"}};
     XFontStruct& font = server.fonts[kDefault];
     for (const auto& [first, firstRow, lastRow, substitute, glyphs, lists] : cases) {
         std::vector<XCharStruct> all;
