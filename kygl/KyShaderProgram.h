@@ -31,8 +31,8 @@ class KyShaderUniform;
 /// writes a line to standard output; only GL errors around a build and of the value of a uniform
 /// are reported. A GL error that the application left pending before a build is taken for one of
 /// the build: nothing reports it, and it costs one attempt, which is made again within the same
-/// call, and the shader object of that attempt. Before `create`, and after `deleteProgram`, each operation but `unUse` gives the
-/// value that it gives for failure and does nothing else.
+/// call, and the shader object of that attempt. Before `create`, and after `deleteProgram`, each
+/// operation but `unUse` gives the value that it gives for failure and does nothing else.
 class KYGL_API KyShaderProgram {
 public:
     KyShaderProgram() = default;
