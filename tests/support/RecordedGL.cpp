@@ -41,6 +41,7 @@ const GLubyte* bytes(const std::string& text) {
 template <typename Result>
 struct Gives {
     const char* name;
+    bool isDropped;  // only deletions are answered then: the object stays, whoever let go of it
     bool is(const char* verb) const { return std::strncmp(name + 2, verb, std::strlen(verb)) == 0; }
 };
 template <typename Result, typename... Arguments>
@@ -55,7 +56,7 @@ GLuint answer(Gives<GLuint> call, Kind) {
     return sGL->make(call.name);
 }
 void answer(Gives<void> call, GLuint name) {
-    if (call.is("Delete")) sGL->destroy(name, false);
+    if (call.is("Delete")) sGL->destroy(name, call.isDropped);
 }
 void answer(Gives<void> call, GLsizei, const GLuint* name) {
     answer(call, *name);
@@ -130,19 +131,6 @@ GLenum answerError() {
     return error;
 }
 
-// The object of a deletion that is dropped stays, whoever let go of it.
-template <typename Result, typename... Arguments>
-void drop(Gives<Result>, Arguments...) {}
-void drop(Gives<void> call, GLuint name) {
-    if (call.is("Delete")) sGL->destroy(name, true);
-}
-void drop(Gives<void> call, GLsizei, const GLuint* name) {
-    drop(call, *name);
-}
-void drop(Gives<void> call, GLuint name, GLsizei) {
-    drop(call, name);
-}
-
 template <typename Pointer, Pointer* kEntry>
 struct Recorder;
 template <typename Result, typename... Arguments, Result (**kEntry)(Arguments...)>
@@ -154,10 +142,8 @@ struct Recorder<Result (*)(Arguments...), kEntry> {
         const Allocations::Exempt exempt;
         if (!sGL->muted) sGL->note(sName, write(sName, arguments...));
         const std::lock_guard<std::mutex> lock(sGL->mutex);
-        if (!sGL->happens(RecordedGL::Fault::Drop))
-            return answer(Gives<Result>{sName}, arguments...);
-        drop(Gives<Result>{sName}, arguments...);
-        return Result();
+        const Gives<Result> gives{sName, sGL->happens(RecordedGL::Fault::Drop)};
+        return gives.isDropped && !gives.is("Delete") ? Result() : answer(gives, arguments...);
     }
     static void put(const char* name) {
         sName = name;
