@@ -106,7 +106,9 @@ void answer(Gives<void>, GLuint name, GLenum what, GLint* out) {
         status.next.pop_front();
     }
     const auto object = sGL->objects.find(name);
-    if (value.value_or(0) == 0 && object != sGL->objects.end()) object->second.mayStay = true;
+    sGL->isUnchecked = true;
+    if (object != sGL->objects.end())
+        (value.value_or(0) == 0 ? object->second.mayStay : object->second.isBuilt) = true;
     if (value) *out = *value;
 }
 void answer(Gives<void>, GLuint, GLsizei room, GLsizei* outLength, char* out) {
@@ -125,6 +127,7 @@ GLenum answerError() {
         Allocations::failingOnwards = sGL->failingAfterError != 0;
         return GL_INVALID_OPERATION;
     }
+    sGL->isUnchecked = false;
     if (sGL->errors.empty()) return 0;
     const GLenum error = sGL->errors.front();
     sGL->errors.pop_front();
@@ -190,7 +193,8 @@ bool RecordedGL::happens(Fault kind) {
     armed = Fault::None;
     fired = true;
     const auto last = objects.find(lastName);
-    if (last == objects.end()) return true;
+    const bool isGood = last != objects.end() && last->second.isBuilt && !isUnchecked;
+    if (last == objects.end() || isGood) return true;
     const auto isMadeBy = [&](const char* call) {
         return std::strstr(last->second.madeBy, call) != nullptr;
     };
@@ -203,7 +207,7 @@ bool RecordedGL::happens(Fault kind) {
 
 GLuint RecordedGL::make(const char* by) {
     if (happens(Fault::Zero)) return 0;
-    objects[++lastName] = {by, current, false};
+    objects[++lastName] = {by, current, false, false};
     return lastName;
 }
 
