@@ -26,20 +26,15 @@ TEST_F(AssemblyTest, aFaultIsToldWithItsLineAndNothingElse) {
     gl.strings[GL_PROGRAM_ERROR_STRING_ARB] = "100% wrong";
     const struct {
         const char* text;
-        int position;
+        int position, line;
         GLenum error;
-        int line;
-    } faults[] = {
-        {"a\nb\nc", 4, GL_INVALID_OPERATION, 3},
-        {"a\r\nb\r\nc", 6, 0, 3},
-        {"a\nb", 0, 0, 1},
-        {"a\nb", 2, 0, 2},
-        {"a\nb", 1, 0, 1},
-        {"a\nb\n", 99, 0, 3},
-        {"a\nb", -1, GL_INVALID_VALUE, 1},
-        {"", 1 << 30, 0, 1},
-        {"a\nb", -7, 0, 1},
-    };
+    } faults[] = {{"a\nb\nc", 4, 3, GL_INVALID_OPERATION},
+                  {"a\r\nb\r\nc", 6, 3, 0},
+                  {"a\nb", 2, 2, 0},
+                  {"a\nb", 1, 1, 0},
+                  {"a\nb\n", 1 << 30, 3, 0},
+                  {"a\nb", -1, 1, GL_INVALID_VALUE},
+                  {"a\nb", -7, 1, 0}};
     for (const auto& fault : faults) {
         gl.programErrorPosition = fault.position;
         if (fault.error != 0) gl.failNext("glProgramStringARB", fault.error);

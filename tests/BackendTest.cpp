@@ -121,15 +121,6 @@ TEST_P(BackendTest, aRefusedTextGivesTheWholeLogWhateverItsFetchSays) {
     expectReport(3, KyResult::Report::Notify, command(Log));
 }
 
-TEST_P(BackendTest, aRefusedStageComesBackUnchangedAndSkipsTheNext) {
-    gl.infoLog = "refused";
-    gl.compileStatus.next = {0, 1, 0};
-    EXPECT_EQ(prepare(), KyResult(1, "Shader Error: refused", "", false));
-    expectOutputs(1, 0, kKept);
-    EXPECT_EQ(prepare(), KyResult(1, "Shader Error: refused", "", false));
-    expectOutputs(3, 4, 0);
-}
-
 TEST_P(BackendTest, stagesWithoutAnOutputAreLeftOutAndOldErrorsReported) {
     gl.errors = {kError};
     EXPECT_EQ(kPrepare[set]("v", "f", &vertex, &fragment, nullptr), KyResult(1, "", "", false));

@@ -63,8 +63,6 @@ TEST(Result, ownsItsTextsAndCostsNothingForSuccess) {
         text[0] = '?';
     EXPECT_EQ(kept, KyResult(3, 12, "file", "100% wrong", "because"));
     EXPECT_TRUE(kept.failed() && kept != KyOK);
-    for (const char* part : {"file", "12", "100% wrong", "because"})
-        EXPECT_NE(std::string(kept.text()).find(part), std::string::npos) << part;
     const long before = Allocations::count;
     kept = KyResult(KyOK);
     EXPECT_EQ(Allocations::count, before);

@@ -101,14 +101,10 @@ TEST_F(MainRoadGLTest, twoThreadsDrawInTheirOwnContextsAndDrainThem) {
 
 TEST_F(MainRoadGLTest, bothSetsDrawAndTellTheDriversLogs) {
     const char* const vertexText = "void main() { gl_Position = gl_Vertex; }";
-    const struct {
-        decltype(&kyglShaderGLSLCreateObject) create;
-        decltype(&kyglShaderGLSLPrepareProgram) prepare;
-        decltype(&kyglShaderGLSLLinkProgram) link;
-    } sets[] = {
-        {kyglShaderGLSLCreateObject, kyglShaderGLSLPrepareProgram, kyglShaderGLSLLinkProgram},
-        {kyglShaderGLSLCreateObject2, kyglShaderGLSLPrepareProgram2, kyglShaderGLSLLinkProgram2}};
-    for (const auto& [create, prepare, link] : sets) {
+    for (const bool core : {false, true}) {
+        const auto create = core ? kyglShaderGLSLCreateObject2 : kyglShaderGLSLCreateObject;
+        const auto prepare = core ? kyglShaderGLSLPrepareProgram2 : kyglShaderGLSLPrepareProgram;
+        const auto link = core ? kyglShaderGLSLLinkProgram2 : kyglShaderGLSLLinkProgram;
         unsigned int vertex = 0, fragment = 7, program = 0;
         const KyResult refused = create("void main() { nonsense = 1; }", fragment, 0);
         EXPECT_EQ(fragment, 0U);

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
 #include <vector>
 
 using Calls = std::vector<std::string>;
@@ -52,30 +51,6 @@ TEST_F(TextureTest, aChangeCostsEachContextOneNewTextureAndQueuesEachOldNameOnce
     EXPECT_EQ(bind(8), made(5, 2));
     texture.deleteTextures();
     EXPECT_EQ(drain(8), (Calls{"glDeleteTextures(1, &5)", "glDeleteTextures(1, &3)"}));
-}
-
-TEST_F(TextureTest, aTextureThatChangesInEveryFrameLeavesNothingBehind) {
-    const std::vector<unsigned char> million(4'000'000);
-    std::set<std::string> deleted;
-    constexpr unsigned int kFrames = 20, kContexts = 4;
-    const auto drainAll = [&] {
-        for (unsigned int context = 1; context <= kContexts; ++context)
-            for (const std::string& call : drain(context))
-                EXPECT_TRUE(deleted.insert(call).second) << call << " twice";
-    };
-    drainAll();  // what other tests of this process left
-    deleted.clear();
-    const long others = KyDeferredDeleteMap::pending().textures;
-    for (unsigned int frame = 0; frame < kFrames; ++frame) {
-        texture.create1D(million.data(), 1'000'000);
-        for (unsigned int context = 1; context <= kContexts; ++context)
-            EXPECT_EQ(bind(context).size(), 4U);
-        EXPECT_EQ(KyDeferredDeleteMap::pending().textures - others, frame == 0 ? 0 : kContexts);
-        drainAll();
-    }
-    texture.destroy();
-    drainAll();
-    EXPECT_EQ(deleted.size(), std::size_t{kFrames} * kContexts);
 }
 
 TEST_F(TextureTest, aWidthOfNothingKeepsThePixels) {

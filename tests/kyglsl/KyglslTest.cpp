@@ -14,7 +14,7 @@ static std::string show(const Place& place) {
 }
 
 // Files whose words tell where they stand: <a:2> is on line 2 of the file a. What is between them
-// are directives, parts of such, and what a reader of comments and conditions could stumble over.
+// are directives, parts of such, and what a reader of comments could stumble over.
 static void writeFiles(const TempShaders& tree, std::mt19937& random, bool mayHide) {
     const std::string pieces[] = {"#include \"a\"",
                                   "#include\"b\"",
@@ -24,9 +24,7 @@ static void writeFiles(const TempShaders& tree, std::mt19937& random, bool mayHi
                                   "#include",
                                   "\"e\"",
                                   "\"",
-                                  "//",
                                   "/*",
-                                  "#if X",
                                   "\r",
                                   "\0"s};
     const std::size_t end = std::size(pieces) - (mayHide ? 0 : 1);
@@ -92,29 +90,26 @@ TEST(MacroSetTest, aMacroOfManyLinesIsNotKeptForEachOfThem) {
 
 TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {
     const auto placeOf = [](long line) { return line == 12 ? Place{"f", 7} : Place{}; };
-    const struct {
-        std::string line, expected;
-    } cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"0:12(3): error: `x' undeclared", "f:7: error: `x' undeclared"},
         {"0:12(3): preprocessor error: no", "f:7: error: preprocessor: no"},
-        {"0:12(31): warning: a: b", "f:7: warning: a: b"},
-        {"0(12) : error C1008: undefined variable \"x\"",
-         "f:7: error: C1008: undefined variable \"x\""},
-        {"0(12) : warning C7050: \"x\" might be", "f:7: warning: C7050: \"x\" might be"},
+        {"0(12) : warning C7050: \"x\" might: be", "f:7: warning: C7050: \"x\" might: be"},
         {"ERROR: 0:12: 'x' : undeclared identifier", "f:7: error: 'x' : undeclared identifier"},
-        {"WARNING: 0:12: 'x' : unused\r", "f:7: warning: 'x' : unused"},
-        {"1:12(3): error: another string", "1:12(3): error: another string"},
-        {"0:13(3): error: no such line", "0:13(3): error: no such line"},
-        {"0:99999999999(3): error: x", "0:99999999999(3): error: x"},
-        {"0:12(3): remark", "0:12(3): remark"},
-        {"0:12", "0:12"},
-        {"error: no main", "error: no main"},
-        {"ERROR: 1 compilation errors.", "ERROR: 1 compilation errors."},
-    };
+        {"WARNING: 0:12: 'x' : unused\r", "f:7: warning: 'x' : unused"}};
+    const char* const others[] = {"1:12(3): error: another string",
+                                  "0:13(3): error: no such line",
+                                  "0:99999999999(3): error: x",
+                                  "0:12(3): remark",
+                                  "0:12",
+                                  "ERROR: 1 compilation errors."};
     std::string log, shown, expected;
-    for (const auto& each : cases) {
-        log += each.line + "\n\n";
-        expected += each.expected + "\n";
+    for (const auto& [line, means] : cases) {
+        log += line + "\n\n";
+        expected += means + "\n";
+    }
+    for (const char* const line : others) {
+        log += line + "\n"s;
+        expected += line + "\n"s;
     }
     for (const Message& message : readDriverLog(log, placeOf))
         shown += toString(message) + "\n";
