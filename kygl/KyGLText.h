@@ -29,9 +29,9 @@ struct _XDisplay;
 ///
 /// Display lists are made by whatever loads a font: `setFont`, or the first use of text in a
 /// context, be it a setter; and by the first `render` of a font that has none. Mesa's `glXUseXFont`
-/// then leaves GL_OUT_OF_MEMORY pending. An error check takes it and drops its result, and with it
-/// any error that the application left pending: check your own calls before. A list that the
-/// application is compiling ends where a font's lists are made, and while a buffer is bound to
+/// then leaves GL_OUT_OF_MEMORY pending. An error check takes this error, and any that the
+/// application left pending, and its result is dropped: check your own calls before. A list that
+/// the application is compiling ends where a font's lists are made, and while a buffer is bound to
 /// GL_PIXEL_UNPACK_BUFFER Mesa's `glXUseXFont` crashes.
 ///
 /// Any thread may call. One lock serialises all drawing and measuring; it is held across the GL and

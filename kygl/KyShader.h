@@ -23,7 +23,7 @@ class KyResult;
 /// A shader belongs to one thread at a time, and `compile` runs with the GL context of its
 /// argument current; neither is checked. GL objects are never deleted here: they go to
 /// `KyDeferredDeleteMap` under their own context. Failure is the name 0; what is reported is a GL
-/// error that is left over behind a compile, and one of fetching its log.
+/// error that is left over after a compile, and one of fetching its log.
 /// Have GLSL checked first (`kyglGLSLAvailable`): without it a compile fails or does nothing, as
 /// the driver pleases.
 class KYGL_API KyShader {

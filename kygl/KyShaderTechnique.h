@@ -59,7 +59,7 @@ public:
 
     /// Compiles, puts the program in use and sends every uniform; without a program, puts none in
     /// use. GL calls in the steady state: `glUseProgram`, those of
-    /// `KyShaderParametersUniform::activate`, and an error check behind each.
+    /// `KyShaderParametersUniform::activate`, and an error check after each.
     void apply(unsigned int context);
 
     /// Puts no program in use: `glUseProgram` and an error check.
@@ -101,6 +101,10 @@ public:
         KyShaderTechnique* getTechnique(KyShader* vertex, KyShader* fragment, unsigned int context);
 
     private:
+        // Into room that there is.
+        KYGL_LOCAL void append(KyShaderTechnique* technique, unsigned int vertexId,
+                               unsigned int fragmentId);
+
         // Index i of all three is one entry. The GL names of its shaders stand for their macro
         // sets: a shader has one name for each set and context.
         KyDArray<KyShaderTechnique*> mTechniques;

@@ -28,7 +28,7 @@ public:
     /// and takes no lock.
     ///
     /// GL calls: `glGetUniformLocation`, `glUniform1f` or `glUniform1i` if the program has the
-    /// name, and an error check behind each. An error of the look-up is dropped; one of the value,
+    /// name, and an error check after each. An error of the lookup is dropped; one of the value,
     /// such as a type that does not fit, is notified.
     /// @return false when the program has no such uniform
     bool activate(unsigned int program);

@@ -26,7 +26,7 @@
 class KYGL_API KyTexture {
 public:
     KyTexture() = default;
-    /// Releases the pixels. The GL textures stay behind, unqueued: call `destroy` first to have
+    /// Releases the pixels. The GL textures stay in the GL, unqueued: call `destroy` first to have
     /// them deleted.
     ~KyTexture();
     KyTexture(const KyTexture&) = delete;
@@ -39,7 +39,7 @@ public:
     /// `std::bad_alloc` leaves the pixels and their width as they were.
     void create1D(const void* pixels, int size);
 
-    /// The inner step of `create1D`: copies the pixels and nothing else, so the width is 0 behind
+    /// The inner step of `create1D`: copies the pixels and nothing else, so the width is 0 after
     /// it. For `size` of 0 or less nothing happens.
     void createPixels(const void* pixels, int size);
 
@@ -78,7 +78,7 @@ public:
         /// @param context id of the context that is current
         void createRGBAbyte(unsigned int target, void* pixels, int size, unsigned int context);
 
-        /// Binds it. Only behind `createRGBAbyte`.
+        /// Binds it. Only after `createRGBAbyte`.
         void bindTexture();
 
     private:

@@ -11,7 +11,7 @@
 /// thread, which any thread may be. Every name that is written to an output belongs to the caller;
 /// nothing is ever deleted, enabled or unbound here, and there is no link step. A program stays
 /// bound to its target after the call. Wording a failure allocates; if `std::bad_alloc` passes, the
-/// output holds the name that was generated, if any.
+/// output at hand holds the name that was generated, if any, and later outputs keep their value.
 
 /// Whether the current context can load assembly programs, from the toolkit's flags: no GL call
 /// once the toolkit knows the context. False without a current context.

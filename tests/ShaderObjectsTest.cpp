@@ -241,23 +241,29 @@ TEST_F(ShaderObjectsTest, aStageThatFailedInPassingIsNotTakenForOneThatIsBroken)
     }
 }
 
-// Until there is memory for the queue as well, the technique keeps the name.
+// Until there is memory for the queue as well, the technique or its cache keeps the name.
 TEST_F(ShaderObjectsTest, noProgramIsLostWhereAnErrorAndLackOfMemoryMeet) {
-    KyVertexShader vertex("v", tree.folder, false);
-    KyFragmentShader fragment("f", tree.folder, false);
-    KyShaderTechnique technique(&vertex, &fragment);
-    bool full = false;
-    while (!full)
-        full = Allocations::stop(1, false, [] { KyDeferredDeleteMap::pushTehniqueHandle(0, 7); });
-    gl.failNext("glAttachObjectARB", GL_INVALID_OPERATION);
-    gl.on["glAttachObjectARB"] = [] { Allocations::failing = 1; };
-    EXPECT_TRUE(Allocations::stop(0, true, [&] { technique.compile(1); }));
-    gl.on.clear();
-    const std::string name = std::to_string(gl.lastName);
-    EXPECT_EQ(drain(1), Calls());
-    KyDeferredDeleteMap::discard(7);
-    EXPECT_TRUE(technique.compile(1));
-    EXPECT_EQ(drain(1), Calls{"glDeleteProgram(" + name + ")"});
+    for (const bool caching : {false, true}) {
+        drain(1);
+        KyVertexShader vertex("v", tree.folder, caching);
+        KyFragmentShader fragment("f", tree.folder, caching);
+        auto technique = std::make_unique<KyShaderTechnique>(&vertex, &fragment);
+        bool full = false;
+        while (!full)
+            full =
+                Allocations::stop(1, false, [] { KyDeferredDeleteMap::pushTehniqueHandle(0, 7); });
+        gl.failNext("glAttachObjectARB", GL_INVALID_OPERATION);
+        gl.on["glAttachObjectARB"] = [] { Allocations::failing = 1; };
+        EXPECT_TRUE(Allocations::stop(0, true, [&] { technique->compile(1); }));
+        gl.on.clear();
+        const std::string name = std::to_string(gl.lastName);
+        EXPECT_EQ(drain(1), Calls());
+        KyDeferredDeleteMap::discard(7);
+        EXPECT_TRUE(technique->compile(1));
+        technique.reset();
+        const Calls deleted = drain(1);
+        EXPECT_EQ(std::count(deleted.begin(), deleted.end(), "glDeleteProgram(" + name + ")"), 1);
+    }
 }
 
 TEST_F(ShaderObjectsTest, theObserverIsToldOfWhatIsReallyBuilt) {

@@ -20,8 +20,11 @@ constexpr long kMaxReads = 65536;
 /// A file that is open for reading, or not.
 class InputFile {
 public:
-    InputFile(const char* path, int flags)
-        : mDescriptor(open(path, O_RDONLY | O_CLOEXEC | flags)) {}
+    InputFile(const char* path, int flags) {
+        do
+            mDescriptor = open(path, O_RDONLY | O_CLOEXEC | flags);
+        while (!isOpen() && errno == EINTR);
+    }
     ~InputFile() {
         if (isOpen()) close(mDescriptor);
     }
@@ -43,7 +46,7 @@ public:
     }
 
 private:
-    int mDescriptor;
+    int mDescriptor = -1;
 };
 
 // Absence is a property of the tree and holds; these three are the system's present state.
@@ -150,10 +153,9 @@ public:
             if (at == std::string_view::npos) return {mDone.c_str(), mIsComplete};
             leaveFilesThatEndBefore(mRest.size() - 1);
             const Directive directive = takeDirective();
-            const bool whole = directive.isClosed && mRest.size() >= mOpenFiles.back().after;
             // The file is nested in the one that closes the quotes.
             leaveFilesThatEndBefore(mRest.size());
-            if (directive.hasName) include(mFolder + directive.name, whole);
+            if (directive.hasName) include(mFolder + directive.name, directive.isClosed);
             searchAgain();
         }
     }
@@ -167,7 +169,7 @@ private:
     struct OpenFile {
         std::size_t after;  // length of the text after it
         std::string path;
-        bool whole;  // one file contains the whole directive that named it
+        bool isClosed;  // whether the directive that named it is
     };
 
     void finish(std::size_t count) {
@@ -192,30 +194,31 @@ private:
     }
 
     // A file that we are in comes to the same directives once more, without an end, if it came to
-    // this one by directives that one file each contained as a whole, or if nothing follows it, as
-    // nothing did then.
-    bool isEndless(const std::string& path, bool whole) const {
+    // this one by closed directives, which what follows it has no part in, or if nothing follows
+    // it, as nothing did then.
+    bool isEndless(const std::string& path, bool isClosed) const {
         for (auto file = mOpenFiles.rbegin(); file != mOpenFiles.rend(); ++file) {
             const bool isLast = file->after == 0 && mRest.size() == 0;
-            if ((whole || isLast) && file->path == path) return true;
-            whole = whole && file->whole;
+            if ((isClosed || isLast) && file->path == path) return true;
+            isClosed = isClosed && file->isClosed;
         }
         return false;
     }
 
-    FileText read(const std::string& path, bool whole) {
-        if (isEndless(path, whole)) return {KyShaderRead::Endless, {}};
+    FileText read(const std::string& path, bool isClosed) {
+        if (isEndless(path, isClosed)) return {KyShaderRead::Endless, {}};
         if (mOpenFiles.size() > kMaxDepth) return {KyShaderRead::TooDeep, {}};
         return mReader.load(path.c_str(), KyShaderTop::Regular);
     }
 
-    // @param whole whether one file contains the whole directive
-    void include(const std::string& path, bool whole) { insert(path, read(path, whole), whole); }
+    void include(const std::string& path, bool isClosed) {
+        insert(path, read(path, isClosed), isClosed);
+    }
 
-    void insert(const std::string& path, const FileText& file, bool whole) {
+    void insert(const std::string& path, const FileText& file, bool isClosed) {
         if (mObserver != nullptr) mObserver->file(path.c_str(), file.text, file.outcome);
         if (file.outcome == KyShaderRead::Failed) mIsComplete = false;
-        if (!file.text.empty()) mOpenFiles.push_back({mRest.size(), path, whole});
+        if (!file.text.empty()) mOpenFiles.push_back({mRest.size(), path, isClosed});
         mRest.prepend(file.text);
     }
 

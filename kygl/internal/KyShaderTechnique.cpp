@@ -182,10 +182,21 @@ KyShaderTechnique* KyShaderTechnique::KyTechniqueCaching::getTechnique(KyShader*
     mFragmentIds.reserve(mFragmentIds.size + 1);
     auto made = std::make_unique<KyShaderTechnique>(vertex, fragment);
     made->mUseCashing = false;
-    if (!made->compile(context)) return nullptr;
+    try {
+        if (!made->compile(context)) return nullptr;
+    } catch (...) {
+        // A program that the queue has no memory for stays here, under names that match nothing.
+        if (made->mOwnsProgram) append(made.release(), 0, 0);
+        throw;
+    }
     // A stage that failed above may have compiled now: these are the names that were linked.
-    mVertexIds.append(vertex->compile(context));
-    mFragmentIds.append(fragment->compile(context));
-    mTechniques.append(made.get());
+    append(made.get(), vertex->compile(context), fragment->compile(context));
     return made.release();
+}
+
+void KyShaderTechnique::KyTechniqueCaching::append(KyShaderTechnique* technique,
+                                                   unsigned int vertexId, unsigned int fragmentId) {
+    mTechniques.append(technique);
+    mVertexIds.append(vertexId);
+    mFragmentIds.append(fragmentId);
 }

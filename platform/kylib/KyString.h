@@ -66,7 +66,7 @@ private:
     void vprintfLong(long length, const char* format, std::va_list arguments);
 };
 
-/// The two texts, one behind the other.
+/// The two texts, one after the other.
 KYLIB_API KyString operator+(const KyString& left, const KyString& right);
 
 /// 0 when both texts are equal, 1 when not; texts of different length are told apart unread.

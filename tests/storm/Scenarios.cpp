@@ -71,23 +71,27 @@ struct MainRoad {
 Scenario mainRoad(RecordedGL& gl, unsigned int a, unsigned int b) {
     using Program = KyShaderProgram;
     const auto road = std::make_shared<MainRoad>();
-    const auto fail = [=](Status& status, MainRoad::Change push, MainRoad::Change remove) {
-        return road->fail(a, status, push, remove);
+    const auto fail = [=, &gl](Status RecordedGL::*status, MainRoad::Change push,
+                               MainRoad::Change remove, int logLength) {
+        gl.infoLogLength = logLength;
+        return road->fail(a, gl.*status, push, remove);
+    };
+    const auto failVertices = [=] {
+        return fail(&RecordedGL::compileStatus, &Program::pushVertexMacro,
+                    &Program::removeVertexMacro, -5);
+    };
+    const auto failFragments = [=] {
+        return fail(&RecordedGL::compileStatus, &Program::pushFragmentMacro,
+                    &Program::removeFragmentMacro, 4096);
+    };
+    const auto failLink = [=] {
+        return fail(&RecordedGL::linkStatus, &Program::pushMacro, &Program::removeMacro, 3);
     };
     return {{{"create", [=] { return road->create(); }},
              {"apply", [=] { return road->apply(a); }},
-             {"broken vertices",
-              [=, &gl] {
-                  return fail(gl.compileStatus, &Program::pushVertexMacro,
-                              &Program::removeVertexMacro);
-              }},
-             {"broken fragments",
-              [=, &gl] {
-                  return fail(gl.compileStatus, &Program::pushFragmentMacro,
-                              &Program::removeFragmentMacro);
-              }},
-             {"broken link",
-              [=, &gl] { return fail(gl.linkStatus, &Program::pushMacro, &Program::removeMacro); }},
+             {"broken vertices", failVertices},
+             {"broken fragments", failFragments},
+             {"broken link", failLink},
              {"change", [=] { return road->change(a, b); }},
              {"send", [=] { return road->send(); }},
              {"create anew", [=] { return road->create() && road->apply(b); }},
@@ -273,13 +277,16 @@ Scenario texture(RecordedGL&, unsigned int a, unsigned int b) {
 }
 
 // Each trial has a thread of its own, which has no record at first.
-Scenario registry(RecordedGL&, unsigned int a, unsigned int b) {
+Scenario registry(RecordedGL& gl, unsigned int a, unsigned int b) {
     const auto set = [](unsigned int id) {
         current() = id;
         kyglSetContext(id);
         return kyglGetContext() == id;
     };
-    const auto again = [=] {
+    const auto again = [=, &gl] {
+        const auto strings = std::exchange(gl.strings, {});
+        kyglInitContext();  // the driver has no words
+        gl.strings = strings;
         kyglInitContext();
         return kyglGLSLAvailable(a) && !kyglVBOsAvailable(0) && kyglGetContext() == a;
     };

@@ -109,7 +109,7 @@ TEST(StormThreads, sixtyFourThreadsOverAThousandContexts) {
     long visits = 0;
     {
         const QuietGL gl;
-        for (Rounds rounds; rounds.goOn() || visits < 40 * kContexts; visits += kContexts) {
+        for (Rounds rounds; rounds.goOn() || visits < 40L * kContexts; visits += kContexts) {
             runTogether(kThreads, [](unsigned int thread) {
                 std::mt19937 random(std::random_device{}());
                 for (unsigned int context = 1 + thread; context <= kContexts; context += kThreads) {

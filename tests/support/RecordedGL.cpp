@@ -41,6 +41,7 @@ const GLubyte* bytes(const std::string& text) {
 template <typename Result>
 struct Gives {
     const char* name;
+    bool isDropped;  // only deletions are answered then: the object stays, whoever let go of it
     bool is(const char* verb) const { return std::strncmp(name + 2, verb, std::strlen(verb)) == 0; }
 };
 template <typename Result, typename... Arguments>
@@ -55,7 +56,7 @@ GLuint answer(Gives<GLuint> call, Kind) {
     return sGL->make(call.name);
 }
 void answer(Gives<void> call, GLuint name) {
-    if (call.is("Delete")) sGL->destroy(name, false);
+    if (call.is("Delete")) sGL->destroy(name, call.isDropped);
 }
 void answer(Gives<void> call, GLsizei, const GLuint* name) {
     answer(call, *name);
@@ -105,7 +106,9 @@ void answer(Gives<void>, GLuint name, GLenum what, GLint* out) {
         status.next.pop_front();
     }
     const auto object = sGL->objects.find(name);
-    if (value.value_or(0) == 0 && object != sGL->objects.end()) object->second.mayStay = true;
+    sGL->isUnchecked = true;
+    if (object != sGL->objects.end())
+        (value.value_or(0) == 0 ? object->second.mayStay : object->second.isBuilt) = true;
     if (value) *out = *value;
 }
 void answer(Gives<void>, GLuint, GLsizei room, GLsizei* outLength, char* out) {
@@ -124,23 +127,11 @@ GLenum answerError() {
         Allocations::failingOnwards = sGL->failingAfterError != 0;
         return GL_INVALID_OPERATION;
     }
+    sGL->isUnchecked = false;
     if (sGL->errors.empty()) return 0;
     const GLenum error = sGL->errors.front();
     sGL->errors.pop_front();
     return error;
-}
-
-// The object of a deletion that is dropped stays, whoever let go of it.
-template <typename Result, typename... Arguments>
-void drop(Gives<Result>, Arguments...) {}
-void drop(Gives<void> call, GLuint name) {
-    if (call.is("Delete")) sGL->destroy(name, true);
-}
-void drop(Gives<void> call, GLsizei, const GLuint* name) {
-    drop(call, *name);
-}
-void drop(Gives<void> call, GLuint name, GLsizei) {
-    drop(call, name);
 }
 
 template <typename Pointer, Pointer* kEntry>
@@ -154,10 +145,8 @@ struct Recorder<Result (*)(Arguments...), kEntry> {
         const Allocations::Exempt exempt;
         if (!sGL->muted) sGL->note(sName, write(sName, arguments...));
         const std::lock_guard<std::mutex> lock(sGL->mutex);
-        if (!sGL->happens(RecordedGL::Fault::Drop))
-            return answer(Gives<Result>{sName}, arguments...);
-        drop(Gives<Result>{sName}, arguments...);
-        return Result();
+        const Gives<Result> gives{sName, sGL->happens(RecordedGL::Fault::Drop)};
+        return gives.isDropped && !gives.is("Delete") ? Result() : answer(gives, arguments...);
     }
     static void put(const char* name) {
         sName = name;
@@ -204,7 +193,8 @@ bool RecordedGL::happens(Fault kind) {
     armed = Fault::None;
     fired = true;
     const auto last = objects.find(lastName);
-    if (last == objects.end()) return true;
+    const bool isGood = last != objects.end() && last->second.isBuilt && !isUnchecked;
+    if (last == objects.end() || isGood) return true;
     const auto isMadeBy = [&](const char* call) {
         return std::strstr(last->second.madeBy, call) != nullptr;
     };
@@ -217,7 +207,7 @@ bool RecordedGL::happens(Fault kind) {
 
 GLuint RecordedGL::make(const char* by) {
     if (happens(Fault::Zero)) return 0;
-    objects[++lastName] = {by, current, false};
+    objects[++lastName] = {by, current, false, false};
     return lastName;
 }
 

@@ -56,6 +56,7 @@ struct RecordedGL {
     struct Object {
         const char* madeBy;
         unsigned int context;
+        bool isBuilt;  ///< its status was asked, and is good
         bool mayStay;  ///< a build that failed, or a deletion that was dropped, may leave it
     };
     std::map<GLuint, Object> objects;  ///< made and not deleted
@@ -78,6 +79,7 @@ struct RecordedGL {
     GLuint make(const char* by);
     void destroy(GLuint name, bool dropped);
     Fault armed = Fault::None;
+    bool isUnchecked = false;  // the status that was asked last
     long places = 0;
     std::mutex mutex;
     std::map<std::string, int> counts;

@@ -103,9 +103,10 @@ void ExpandedFile::finished(std::size_t count) {
 
 void ExpandedFile::directive(std::string_view text, std::string_view name) {
     const std::vector<Piece> pieces = takeFront(text.size());
-    mDirective = pieces.front();
-    warnOfDirective(text, name);
     const Piece& last = pieces.back();
+    mDirective = pieces.front();
+    mNestedIn = last.reading;
+    warnOfDirective(text, name);
     const SourceText& in = mFiles[mReadings[last.reading].file].text;
     if (in.hasCodeBehind(last.begin + last.size))
         warn(placeOf(last), "behind",
@@ -116,7 +117,8 @@ void ExpandedFile::file(const char* path, std::string_view text, KyShaderRead ou
     const bool isTop = mReadings.empty();
     const std::size_t number = fileNumber(path, text);
     const Place place = isTop ? Place{mPath, 0} : placeOf(mDirective);
-    mReadings.push_back({number, mDirective, !isTop && mReadings[mDirective.reading].isRound});
+    const bool isRound = !isTop && mReadings[mNestedIn].isRound;
+    mReadings.push_back({number, mDirective, mNestedIn, isRound});
     if (isTop) mOutcome = outcome;
     if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = path;
     mBytesRead += text.size();
@@ -222,13 +224,11 @@ void ExpandedFile::warnOfOutcome(const Place& place, const std::string& path,
     if (outcome == KyShaderRead::TooDeep) warnThat(" is included too deep");
 }
 
-// The files whose directives lead there, from the inside out. Only directives that come together
-// over the ends of files go deeper than the loader's bound, and those without an end.
+// The files that it is nested in, from the inside out: no more than the loader allows.
 std::vector<std::size_t> ExpandedFile::filesAbove(const Reading& reading) const {
-    constexpr std::size_t kFarEnough = 64;
     std::vector<std::size_t> files;
-    for (const Reading* at = &reading; at->directive.size > 0 && files.size() <= kFarEnough;) {
-        at = &mReadings[at->directive.reading];
+    for (const Reading* at = &reading; at->directive.size > 0;) {
+        at = &mReadings[at->nestedIn];
         files.push_back(at->file);
     }
     return files;
@@ -242,8 +242,13 @@ bool ExpandedFile::includesItself(Reading& reading) {
     if (same == above.end()) return false;
     reading.isRound = true;
     std::string chain = mFiles[reading.file].path;
-    for (auto file = above.begin(); file <= same; ++file)
-        chain.insert(0, mFiles[*file].path + " -> ");
+    // A long chain is shown by its ends: there may be one for each line of a file.
+    constexpr auto kEnd = 4;
+    for (auto file = above.begin(); file <= same; ++file) {
+        const bool isLong = file - above.begin() == kEnd && same - file > kEnd;
+        if (isLong) file = same - kEnd;
+        chain.insert(0, mFiles[*file].path + (isLong ? " -> ... -> " : " -> "));
+    }
     warn(placeOf(reading.directive), "itself", "a file includes itself: " + chain);
     return true;
 }

@@ -61,8 +61,9 @@ private:
     };
     struct Reading {  // a file that is read twice stands twice in the text
         std::size_t file;
-        Piece directive;  // the first bytes of it; none for the top-level file
-        bool isRound;     // of a file that includes itself, after the first
+        Piece directive;       // the first bytes of it; none for the top-level file
+        std::size_t nestedIn;  // the reading that closes its quotes
+        bool isRound;          // of a file that includes itself, after the first
     };
 
     void finished(std::size_t count) override;
@@ -94,6 +95,7 @@ private:
     std::vector<std::size_t> mDoneBegins;  // of each piece in the text
     std::vector<std::size_t> mLineStarts;
     Piece mDirective = {0, 0, 0};  // the first bytes of the one that was taken last
+    std::size_t mNestedIn = 0;     // the reading of its last bytes
     std::vector<Message> mWarnings;
     std::set<std::tuple<std::string, long, std::string>> mWarned;  // place and kind
 };
