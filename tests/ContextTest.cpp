@@ -39,12 +39,12 @@ TEST_F(ContextTest, eachFlagCountsHoweverTheDriverListsThem) {
     EXPECT_FALSE(checkGLSL(nullptr) || checkVBOs(nullptr));
     unsigned int id = 0;
     for (const char* version : {"1.5", "2.1 Mesa", "3.0", "4.5 (Core Profile)"}) {
-        for (std::size_t lacking = 0; lacking <= 5; ++lacking) {
+        for (std::size_t lacking = 0; lacking < 5; ++lacking) {
             Names names = kAll;
-            if (lacking < 5) names[lacking] += "_x";  // a longer name is another name
+            names[lacking] += "_x";  // a longer name is another name
             drive(names, version);
             kyglSetContext(++id);
-            EXPECT_EQ(kyglGLSLAvailable(id), lacking >= 4) << version << ' ' << lacking;
+            EXPECT_EQ(kyglGLSLAvailable(id), lacking == 4) << version << ' ' << lacking;
             EXPECT_EQ(kyglVBOsAvailable(id), lacking != 4) << version << ' ' << lacking;
         }
     }
@@ -67,13 +67,11 @@ TEST_F(ContextTest, capabilitiesAreCapturedOnceAndAgainOnlyOnDemand) {
 
 TEST_F(ContextTest, askingForAnUnknownIdLeavesAPlaceholder) {
     drive(kAll);
-    EXPECT_TRUE(allCan());
     kyglSetContext(0);
     EXPECT_TRUE(allCan());
-    EXPECT_FALSE(kyglGLSLAvailable(9) || allCan());
+    EXPECT_FALSE(kyglGLSLAvailable(9) || kyglVBOsAvailable(8) || allCan());
     kyglSetContext(9);
-    EXPECT_TRUE(allCan());
-    EXPECT_FALSE(kyglVBOsAvailable(8) || allCan());
+    EXPECT_FALSE(allCan());
     kyglClearContext(8);
     EXPECT_TRUE(allCan());
 }
@@ -89,7 +87,6 @@ TEST_F(ContextTest, aThreadOfItsOwnHasNoIdAndIsInNoTable) {
         EXPECT_EQ(kyglGetContext(), KYGL_NO_CONTEXT);
         EXPECT_EQ(gl.takeCalls(), Names()) << "a second record";
         kyglSetContext(0);
-        EXPECT_EQ(kyglGetContext(), 0U);
     }).join();
     kyglClearContext(0);
     kyglClearContext(7);
@@ -111,13 +108,9 @@ TEST_F(ContextTest, memoryThatRunsOutLeavesTheRegistryAsItWas) {
     };
     const auto set5 = [] { kyglSetContext(5); };
     const Case cases[] = {{set5, KYGL_NO_CONTEXT, false},
-                          {set5, 9, false},
-                          {set5, KYGL_NO_CONTEXT, true},
                           {set5, 9, true},
                           {[] { kyglSetContext(7); }, KYGL_NO_CONTEXT, false},
-                          {[] { kyglClearContext(7); }, KYGL_NO_CONTEXT, false},
-                          {kyglInitContext, KYGL_NO_CONTEXT, false},
-                          {[] { kyglGetContext(); }, KYGL_NO_CONTEXT, false}};
+                          {[] { kyglClearContext(7); }, KYGL_NO_CONTEXT, false}};
     gl.muted = true;
     for (const Case& one : cases) {
         for (const bool onwards : {false, true}) {
@@ -167,37 +160,29 @@ TEST_F(ContextTest, anEndingThreadMayStillAsk) {
     pthread_key_delete(object.key);
 }
 
-TEST(ErrorCheck, readsOnceWhileNothingIsWrongAndElevenTimesAtMost) {
+TEST(ErrorCheck, readsElevenTimesAtMostAndTellsWhomTheModeNames) {
     RecordedGL gl;
     const Reports reports;
-    const auto check = [] { return kyglErrorCheck("glEnable(1)", "internal/x", 1, 2).code(); };
+    const auto check = [](int mode) {
+        return kyglErrorCheck("\"100%s %n\", &a", "internal/x", 42, mode);
+    };
     const long before = Allocations::count;
-    EXPECT_EQ(check(), 0);
+    EXPECT_EQ(check(2), KyOK);
     EXPECT_EQ(Allocations::count, before);
     EXPECT_EQ(gl.errorReads, 1);
-    EXPECT_TRUE(reports.results.empty());
-    gl.errors = {GL_INVALID_VALUE, GL_INVALID_ENUM};
-    EXPECT_EQ(check(), GL_INVALID_VALUE);
-    EXPECT_EQ(check(), 0);
-    EXPECT_EQ(gl.errorReads, 5);
-    gl.errors.assign(11, GL_INVALID_ENUM);
-    gl.errors.push_back(GL_OUT_OF_MEMORY);
-    EXPECT_EQ(check(), GL_INVALID_ENUM);
-    EXPECT_EQ(gl.errorReads, 16);
-    EXPECT_EQ(check(), GL_OUT_OF_MEMORY);
-}
-
-TEST(ErrorCheck, bringsTextsThroughAndTellsWhomTheModeNames) {
-    RecordedGL gl;
-    const Reports reports;
     for (const int mode : {-1, 0, 1, 2, 3}) {
-        gl.errors = {GL_INVALID_OPERATION};
-        EXPECT_EQ(
-            kyglErrorCheck("\"100%s %n\", &a", "internal/x", 42, mode),
-            KyResult(GL_INVALID_OPERATION, 42, "internal/x", "", "command=[\"100%s %n\", &a]"));
+        gl.errors.assign(11, GL_INVALID_ENUM);
+        gl.errors[0] = GL_INVALID_OPERATION;
+        gl.errors.push_back(GL_OUT_OF_MEMORY);
+        EXPECT_EQ(check(mode), KyResult(GL_INVALID_OPERATION, 42, "internal/x", "",
+                                        "command=[\"100%s %n\", &a]"));
+        EXPECT_EQ(gl.errors.size(), 1U) << "a lost context may answer with errors for ever";
     }
     ASSERT_EQ(reports.results.size(), 2U) << "of the modes 1 and 2";
     EXPECT_EQ(reports.results[0].kind, KyResult::Report::Notify);
     EXPECT_EQ(reports.results[1].kind, KyResult::Report::Check);
     EXPECT_EQ(reports.results[1].result.line(), 42);
+    gl.errors = {GL_INVALID_VALUE, GL_INVALID_ENUM};
+    check(0);
+    EXPECT_EQ(check(0), KyOK) << "the one after was read with it";
 }
