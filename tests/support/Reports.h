@@ -2,6 +2,9 @@
 
 #include <kylib/KyResult.h>
 #include <sogl/SoError.h>
+#include <sogl/SoGLEW.h>
+
+#include <gtest/gtest.h>
 
 #include <mutex>
 #include <string>
@@ -15,6 +18,17 @@ struct Reports {
     };
     std::vector<Entry> results;      ///< of `KyResult::notify` and `check`
     std::vector<std::string> posts;  ///< of `SoError::post`
+
+    /// The ith result is a GL error that the check of `command` found.
+    void expectGLError(std::size_t i, KyResult::Report kind, const std::string& source,
+                       const std::string& command) const {
+        ASSERT_LT(i, results.size());
+        const auto& [itsKind, result] = results[i];
+        EXPECT_EQ(itsKind, kind);
+        EXPECT_EQ(result, KyResult(result.code(), result.line(), ("internal/" + source).c_str(), "",
+                                   ("command=[" + command + "]").c_str()));
+        EXPECT_TRUE(result.code() >= GL_INVALID_ENUM && result.line() > 0);
+    }
 
     Reports() {
         sCurrent = this;
