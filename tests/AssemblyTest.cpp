@@ -71,8 +71,8 @@ TEST_F(AssemblyTest, stagesInOrderAndAGLErrorEndsThere) {
         fragment = 77;
         gl.failNext(std::string(step, std::strchr(step, '(')), GL_INVALID_OPERATION);
         const KyResult result = kyglShaderARBPrepareProgram("v", "f", &vertex, &fragment);
-        reports.expectGLError(at, KyResult::Report::Check, "kyglShaderARB", step);
-        EXPECT_EQ(result, reports.results[at++].result);
+        Reports::expectGLError(result, "kyglShaderARB", step);
+        reports.expectGLError(at++, KyResult::Report::Check, "kyglShaderARB", step);
         EXPECT_TRUE(vertex == 0 && fragment == 77) << "a failed stage skips the next";
     }
     EXPECT_EQ(reports.results.size(), at);

@@ -19,15 +19,19 @@ struct Reports {
     std::vector<Entry> results;      ///< of `KyResult::notify` and `check`
     std::vector<std::string> posts;  ///< of `SoError::post`
 
-    /// The ith result is a GL error that the check of `command` found.
-    void expectGLError(std::size_t i, KyResult::Report kind, const std::string& source,
-                       const std::string& command) const {
-        ASSERT_LT(i, results.size());
-        const auto& [itsKind, result] = results[i];
-        EXPECT_EQ(itsKind, kind);
+    /// The result is a GL error that the check of `command` found.
+    static void expectGLError(const KyResult& result, const std::string& source,
+                              const std::string& command) {
         EXPECT_EQ(result, KyResult(result.code(), result.line(), ("internal/" + source).c_str(), "",
                                    ("command=[" + command + "]").c_str()));
         EXPECT_TRUE(result.code() >= GL_INVALID_ENUM && result.line() > 0);
+    }
+    /// Such a result was reported as the ith.
+    void expectGLError(std::size_t i, KyResult::Report kind, const std::string& source,
+                       const std::string& command) const {
+        ASSERT_LT(i, results.size());
+        EXPECT_EQ(results[i].kind, kind);
+        expectGLError(results[i].result, source, command);
     }
 
     Reports() {
