@@ -54,7 +54,7 @@ TEST(DArray, stringsSurviveWhateverMovesThemAndItNeverShrinks) {
             array.remove(at);
             model.erase(model.begin() + at);
         } else if (what == 9) {
-            model.resize(static_cast<std::size_t>(array.resize(at - 3 + size % 7)));
+            model.resize(static_cast<std::size_t>(array.resize(2 * at - 3)));
         } else if (array.size == 0) {
             array.remove(0);
         }
