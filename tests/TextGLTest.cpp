@@ -4,16 +4,12 @@
 #include <kygl/KyGLText.h>
 
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <GL/glx.h>  // last: its macros break others
 
-namespace {
-
 constexpr int kSide = 64;
-
-}  // namespace
 
 struct TextGLTest : RealGLXTest {
     ~TextGLTest() override { kyglClearAllContexts(); }
@@ -29,6 +25,7 @@ TEST_F(TextGLTest, boxesAreAsLargeAsTheirLinesWhichTheyCarry) {
         KyGLText::textExtent(line, width, height);
         all += (width + 4) * height;
     }
+    glClear(GL_COLOR_BUFFER_BIT);
     KyGLText::render(0, 0, 0, "Wide\ng|j\\ni");
     std::vector<unsigned char> pixels(std::size_t{4} * kSide * kSide);
     glReadPixels(0, 0, kSide, kSide, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
@@ -50,17 +47,14 @@ TEST_F(TextGLTest, thePenEndsWhereXSaysWhateverAFontLacks) {
         glGetFloatv(GL_CURRENT_RASTER_POSITION, at);
         return static_cast<int>(at[0]);
     };
-    const std::tuple<const char*, const char*, int> fonts[] = {{"fixed", "medium", 13},
-                                                               {"helvetica", "bold", 12},
-                                                               {"song ti", "medium", 16},
-                                                               {"song ti", "medium", 20},
-                                                               {"terminal", "bold", 17}};
-    for (const auto& [family, weight, size] : fonts) {
-        const std::string name = std::string("-*-") + family + '-' + weight + "-r-normal-*-" +
+    const std::pair<const char*, int> fonts[] = {
+        {"fixed", 13}, {"helvetica", 12}, {"song ti", 16}, {"song ti", 20}, {"terminal", 17}};
+    for (const auto& [family, size] : fonts) {
+        const std::string name = std::string("-*-") + family + "-medium-r-normal-*-" +
                                  std::to_string(size) + "-*-*-*-*-*-*-*";
         XFontStruct* const font = XLoadQueryFont(glXGetCurrentDisplay(), name.c_str());
         ASSERT_NE(font, nullptr) << name;
-        KyGLText::setFont(size, weight == std::string("bold"), false, family);
+        KyGLText::setFont(size, false, false, family);
         EXPECT_EQ(glGetError(), 0U) << name;
         std::string text;
         for (unsigned int code = font->min_char_or_byte2; code <= font->max_char_or_byte2; ++code)
