@@ -78,10 +78,9 @@ void note(const char* name, Arguments... arguments) {
 }
 
 const char* bitsOf(const GLubyte* mask, GLsizei width, GLsizei height) {
-    if (mask == nullptr) return "null";
-    if (width == 0) return "unread";
+    if (mask == nullptr || width == 0) return mask == nullptr ? "null" : "unread";
     const auto* const end = mask + ((width | 7) + 1L) / 8 * ((height | 7) + 1L);
-    return std::all_of(mask, end, [](GLubyte byte) { return byte == 0xFF; }) ? "box" : "holes";
+    return std::count(mask, end, 0xFF) == end - mask ? "box" : "holes";
 }
 
 // In place of those recorders that do not tell what a pointer points to.
@@ -456,18 +455,10 @@ TEST_F(TextTest, noListLeavesThePenShortOfWhatIsMeasuredAndNoErrorIsLeft) {
 }
 
 TEST_F(TextTest, sizesAreThoseOfTheBitmapFontsInOrder) {
-    server.listed = {"fixed",
-                     "",
-                     "-a-b-c-d-e-f",
-                     "-a-b-c-d-e-f-9",
-                     "-f-b-b-i-n--14-1",
-                     "-f-b-b-i-n--14-1",
-                     "-a-b-c-d-e-f-[1_0_0_1]-1",
-                     "-a-b-c-d-e-f--10",
-                     "-a-b-c-d-e-f-x6",
-                     "-f-b-b-i-n--0-1",
-                     "-a-b-c-d-e-f-10x",
-                     "a-b-c-d-e-f-g-7"};
+    server.listed = {"fixed", "", "-a-b-c-d-e-f"};
+    for (const char* rest :
+         {"", "0-1", "14-1", "14-2", "9", "7", "[1_0_0_1]-1", "-10", "x6", "10x"})
+        server.listed.push_back(std::string("-f-b-b-i-n--") + rest);
     using Sizes = std::array<int, 5>;
     const auto sizes = [](int most, bool bold) {
         Sizes all = {};
