@@ -1,6 +1,5 @@
 #include "support/Allocations.h"
 #include "support/RecordedGL.h"
-#include "support/Together.h"
 
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
@@ -47,10 +46,10 @@ struct Server {
     Display* display = nullptr;                // that was asked last
     int lists = 0;                             // of the font loaded last
     bool hasLists = true;                      // for the next font
-    long measures = 0, measured = 0;           // calls of XTextWidth, and their bytes
+    long measured = 0;                         // bytes of XTextWidth
 };
 
-Server* sServer = nullptr;
+Server server;
 RecordedGL* sGL = nullptr;
 
 // As the server would have it, where a tab leads backwards; no line is narrower than nothing.
@@ -79,17 +78,16 @@ void note(const char* name, Arguments... arguments) {
 }
 
 const char* bitsOf(const GLubyte* mask, GLsizei width, GLsizei height) {
-    if (mask == nullptr) return "null";
-    if (width == 0) return "unread";
+    if (mask == nullptr || width == 0) return mask == nullptr ? "null" : "unread";
     const auto* const end = mask + ((width | 7) + 1L) / 8 * ((height | 7) + 1L);
-    return std::all_of(mask, end, [](GLubyte byte) { return byte == 0xFF; }) ? "box" : "holes";
+    return std::count(mask, end, 0xFF) == end - mask ? "box" : "holes";
 }
 
 // In place of those recorders that do not tell what a pointer points to.
 void putRecorders() {
     __glewGenLists = [](GLsizei range) {
         note("glGenLists", range);
-        return static_cast<GLuint>(sServer->hasLists ? sServer->lists += 1000 : 0);
+        return static_cast<GLuint>(server.hasLists ? server.lists += 1000 : 0);
     };
     __glewColor4fv = [](const GLfloat* c) { note("glColor4fv", c[0], c[1], c[2], c[3]); };
     __glewBitmap = [](GLsizei width, GLsizei height, GLfloat left, GLfloat below, GLfloat x,
@@ -107,36 +105,35 @@ void putRecorders() {
 
 extern "C" {
 XFontStruct* XLoadQueryFont(Display* display, const char* name) {
-    sServer->display = display;
-    sServer->asked.emplace_back(name);
-    const auto found = sServer->fonts.find(name);
-    return found != sServer->fonts.end() ? &found->second : nullptr;
+    server.display = display;
+    server.asked.emplace_back(name);
+    const auto found = server.fonts.find(name);
+    return found != server.fonts.end() ? &found->second : nullptr;
 }
 int XTextWidth(XFontStruct*, const char* text, int length) {
-    ++sServer->measures;
-    sServer->measured += length;
+    server.measured += length;
     return advanceOf({text, static_cast<std::size_t>(length)});
 }
 char** XListFonts(Display*, const char* pattern, int most, int* count) {
-    sServer->asked.push_back(call(pattern, most));
-    for (std::string& name : sServer->listed)
-        if (most-- > 0) sServer->names.push_back(name.data());
-    *count = static_cast<int>(sServer->names.size());
-    return *count > 0 ? sServer->names.data() : nullptr;
+    server.asked.push_back(call(pattern, most));
+    for (std::string& name : server.listed)
+        server.names.push_back(name.data());
+    *count = static_cast<int>(server.names.size());
+    return *count > 0 ? server.names.data() : nullptr;
 }
 int XFreeFontNames(char** names) {
-    EXPECT_EQ(names, sServer->names.data());
-    sServer->names.clear();
+    EXPECT_EQ(names, server.names.data());
+    server.names.clear();
     return 0;
 }
 void glXUseXFont(Font font, int first, int count, int list) {
     note("glXUseXFont", font, first, count, list);
 }
 GLXContext glXGetCurrentContext() {
-    return sServer->current != 0 ? reinterpret_cast<GLXContext>(sServer) : nullptr;
+    return server.current != 0 ? reinterpret_cast<GLXContext>(&server) : nullptr;
 }
 GLXContextID glXGetContextIDEXT(GLXContext) {
-    return sServer->current;
+    return server.current;
 }
 }
 
@@ -162,59 +159,56 @@ Calls linesOf(const std::string& text) {
 // The lines, the width and the height.
 using Extent = std::array<int, 3>;
 Extent measured(const std::string& text) {
-    const Calls lines = linesOf(text);
-    int widest = 0;
-    for (const std::string& line : lines)
-        widest = std::max(widest, widthOf(line));
-    const auto count = static_cast<int>(lines.size());
-    return {count, widest, 16 * count - 3};
+    Extent all = {0, 0, -3};
+    for (const std::string& line : linesOf(text))
+        all = {all[0] + 1, std::max(all[1], widthOf(line)), all[2] + 16};
+    return all;
+}
+
+Calls operator+(Calls all, const Calls& more) {
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
+std::string move(double x, double y) {
+    return call("glBitmap", 0, 0, 0, 0, x + 0, y + 0, "null");
 }
 
 // The GL calls of a render at 1.5, -2, 0.25 in a font of 13 pixels, 3 of them below the baseline.
 // Without lists there are no characters, and the pen has no way to go back.
-Calls model(int lists, const Settings& with, const std::string& text) {
-    const Calls lines = linesOf(text);
-    const double height = 16.0 * static_cast<double>(lines.size()) - 3;
+Calls model(int lists, const Settings& with, const std::string& text,
+            const Calls& equation = {"glBlendEquation(32774)"}) {
+    const double height = measured(text)[2];
     const double up = with.alignY == -1  ? height
                       : with.alignY < -1 ? height + 4
                       : with.alignY == 0 ? height / 2 + 4
                                          : 4;
-    const auto right = [&](const std::string& line) {
-        return with.alignX < 0 ? 0 : widthOf(line) / (with.alignX == 0 ? -2.0 : -1.0);
-    };
-    const auto move = [](double x, double y) {
-        return call("glBitmap", 0, 0, 0, 0, x + 0, y + 0, "null");
-    };
+    const Calls blend = {"glPushAttrib(8192)", "glEnable(3042)"};
     const bool blendBoxes = with.back > 0 && with.back < 1;
     const bool blendText = !blendBoxes && with.fore > 0 && with.fore < 1;
-
-    Calls calls = {call("glListBase", lists)};
-    const auto add = [&](bool wanted, const Calls& more) {
-        if (wanted) calls.insert(calls.end(), more.begin(), more.end());
-    };
-    const Calls blend = {call("glPushAttrib", GL_ENABLE_BIT), call("glEnable", GL_BLEND)};
-    add(blendBoxes, blend);
-    add(blendBoxes, {call("glBlendFunc", GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA),
-                     call("glBlendEquation", GL_FUNC_ADD)});
-    add(with.back > 0,
-        {call("glColor4fv", 0.25, 0.5, 0.75, with.back), "glRasterPos3f(1.5, -2, 0.25)",
-         move(with.x, with.y + up - 3), call("glPixelStorei", GL_UNPACK_ALIGNMENT, 1),
-         call("glPixelStorei", GL_UNPACK_ROW_LENGTH, 0),
-         call("glPixelStorei", GL_UNPACK_SKIP_ROWS, 0)});
-    for (const std::string& line : lines)
-        add(with.back > 0, {move(right(line) - 2, -13), call("glBitmap", widthOf(line) + 4, 13, 0,
-                                                             0, 2 - right(line), -3, "box")});
-    add(blendText, blend);
-    add(with.fore > 0, {call("glColor4fv", 1, 1, 1, with.fore), "glRasterPos3f(1.5, -2, 0.25)",
-                        move(with.x, with.y + up)});
-    for (const std::string& line : lines) {
-        add(with.fore > 0, {move(right(line), -13)});
-        add(with.fore > 0 && lists != 0,
-            {call("glCallLists", line.size(), GL_UNSIGNED_BYTE, line)});
-        add(with.fore > 0, {move((lists != 0 ? -widthOf(line) : 0) - right(line), -3)});
+    Calls boxes, characters;
+    if (blendBoxes) boxes = blend + Calls{"glBlendFunc(770, 771)"} + equation;
+    if (blendText) characters = blend;
+    boxes = boxes + Calls{call("glColor4fv", 0.25, 0.5, 0.75, with.back),
+                          "glRasterPos3f(1.5, -2, 0.25)",
+                          move(with.x, with.y + up - 3),
+                          "glPixelStorei(3317, 1)",
+                          "glPixelStorei(3314, 0)",
+                          "glPixelStorei(3315, 0)"};
+    characters = characters + Calls{call("glColor4fv", 1, 1, 1, with.fore),
+                                    "glRasterPos3f(1.5, -2, 0.25)", move(with.x, with.y + up)};
+    for (const std::string& line : linesOf(text)) {
+        const int width = widthOf(line);
+        const double left = with.alignX < 0 ? 0 : with.alignX == 0 ? width / 2.0 : width;
+        boxes = boxes + Calls{move(-left - 2, -13),
+                              call("glBitmap", width + 4, 13, 0, 0, 2 + left, -3, "box")};
+        characters.push_back(move(-left, -13));
+        if (lists != 0) characters.push_back(call("glCallLists", line.size(), 5121, line));
+        characters.push_back(move(left - (lists != 0 ? width : 0), -3));
     }
-    add(blendBoxes || blendText, {"glPopAttrib()"});
-    return calls;
+    return Calls{call("glListBase", lists)} + (with.back > 0 ? boxes : Calls()) +
+           (with.fore > 0 ? characters : Calls()) +
+           (blendBoxes || blendText ? Calls{"glPopAttrib()"} : Calls());
 }
 
 std::string name(const std::string& family, const std::string& style, int size) {
@@ -225,10 +219,9 @@ const std::string kDefault = name("helvetica", "bold-r", 12);
 struct TextTest : testing::Test {
     TextTest() {
         sGL = &gl;
-        sServer = &server;
+        server = {};
         putRecorders();
         server.add(kDefault);
-        gl.strings = {{GL_VERSION, "1.4"}};
         KyGLText::setDisplay(reinterpret_cast<Display*>(&server));
         newContext();
     }
@@ -263,7 +256,6 @@ struct TextTest : testing::Test {
     }
 
     RecordedGL gl;
-    Server server;
 };
 
 }  // namespace
@@ -273,20 +265,29 @@ TEST_F(TextTest, everyCallOfARenderAndEveryNumberInIt) {
     const float back[] = {0, 0.5f, 1, -1, 2}, fore[] = {1, 0.5f, 0, 2};
     const char* const texts[] = {"",    "a",    "il\nWidest\n\n\\nend\\", "\n\nb\\\\n",
                                  "\\n", "a\tb", "a\r\xff\\N\\n"};
-    KyGLText::fontBase(12);
+    const std::tuple<const char*, const char*, GLXContextID, Calls> drivers[] = {
+        {"1.4", "GL_EXT_blend_minmax", 1, {"glBlendEquation(32774)"}},
+        {"1.3", "GL_EXT_blend_minmax", 1, {"glBlendEquationEXT(32774)"}},
+        {"1.3", "GL_EXT_blend", 1, {}},
+        {"1.4", "GL_EXT_blend_minmax", 0, {}}};
     std::mt19937 random(1);
     const auto any = [&](const auto& choices) { return choices[random() % std::size(choices)]; };
-    for (int i = 0; i < 10000; ++i) {
-        const Settings with = {any(alignX),  any(alignY), any(offsets),
-                               any(offsets), any(back),   any(fore)};
-        const char* const text = any(texts);
-        with.set();
-        ASSERT_EQ(rendered(text), model(1000, with, text))
-            << text << with.alignX << with.alignY << with.back << with.fore;
-        ASSERT_EQ(extent(text), measured(text)) << text;
-        ASSERT_EQ(gl.takeCalls(), Calls()) << "measuring made GL calls";
+    for (const auto& [version, extensions, current, equation] : drivers) {
+        gl.strings = {{GL_VERSION, version}, {GL_EXTENSIONS, extensions}};
+        newContext();
+        const int base = KyGLText::fontBase(12);
+        server.current *= current;
+        for (int i = 0; i < 3000; ++i) {
+            const Settings with = {any(alignX),  any(alignY), any(offsets),
+                                   any(offsets), any(back),   any(fore)};
+            const char* const text = any(texts);
+            with.set();
+            ASSERT_EQ(rendered(text), model(base, with, text, equation)) << version << extensions;
+            ASSERT_EQ(extent(text), measured(text)) << text;
+            ASSERT_EQ(gl.takeCalls(), Calls()) << "measuring made GL calls";
+        }
     }
-    EXPECT_EQ(gl.errorReads, 1) << "that of the font's lists";
+    EXPECT_EQ(gl.errorReads, 4) << "those of the fonts' lists";
 }
 
 TEST_F(TextTest, aFontIsAskedForOnceInEachContextAndAnewAfterCleanUp) {
@@ -303,58 +304,49 @@ TEST_F(TextTest, aFontIsAskedForOnceInEachContextAndAnewAfterCleanUp) {
     EXPECT_EQ(gl.takeCalls(), (Calls{"glGenLists(127)", "glXUseXFont(1, 32, 95, 1032)",
                                      "glGenLists(201)", "glXUseXFont(2, 32, 169, 2032)"}));
     server.add(none);
-    server.add(lucida);
     setNone();
     EXPECT_EQ(rendered("a"), Calls()) << "a font that failed came back";
-    EXPECT_EQ(extent("a"), (Extent{0, 0, 0}));
     setLucida();
     EXPECT_EQ(rendered("a"), model(2000, {}, "a"));
     EXPECT_EQ(server.takeAsked(), Calls());
-    KyGLText::setFont(14, false, true, "other");
     const unsigned int second = newContext();
     setLucida();
-    EXPECT_EQ(server.takeAsked(), (Calls{name("other", "medium-i", 14), any, kDefault, lucida}));
-    EXPECT_EQ(rendered("a"), model(5000, {}, "a"));
+    EXPECT_EQ(server.takeAsked(), (Calls{kDefault, lucida, any}));
 
     kyglSetContext(second - 1);
     KyGLText::setAlignment(1, 1);
+    gl.takeCalls();
     KyGLText::cleanUp();
-    Calls deleted = gl.takeCalls();
-    std::sort(deleted.begin(), deleted.end());
-    EXPECT_EQ(deleted, (Calls{"glDeleteLists(1000, 127)", "glDeleteLists(2000, 201)",
-                              "glDeleteLists(3000, 201)"}));
+    std::sort(gl.calls.begin(), gl.calls.end());
+    EXPECT_EQ(gl.calls, (Calls{"glDeleteLists(1000, 127)", "glDeleteLists(2000, 201)"}));
     EXPECT_EQ(rendered("a"), Calls());
-    EXPECT_EQ(extent("a"), (Extent{0, 0, 0}));
+    EXPECT_EQ(extent("a"), Extent());
     setNone();
-    EXPECT_EQ(server.takeAsked(), Calls{none});
-    EXPECT_EQ(rendered("a"), model(6000, {1, 1}, "a"));
+    EXPECT_EQ(rendered("a"), model(5000, {1, 1}, "a"));
     kyglSetContext(second);
-    EXPECT_EQ(rendered("a"), model(5000, {}, "a")) << "cleanUp reached another context";
+    EXPECT_EQ(rendered("a"), model(4000, {}, "a")) << "cleanUp reached another context";
 }
 
 TEST_F(TextTest, theDefaultsActOnNewContextsAndOnFontBase) {
     EXPECT_EQ(KyGLText::defaultFontSize() + KyGLText::cacheContext(), 12);
     EXPECT_STREQ(KyGLText::defaultFontFamily(), "helvetica");
-    EXPECT_EQ(extent("")[0], 1);
+    extent("");
     std::string family = "odd";
     KyGLText::setDefaultFontFamily(family.c_str());
     family = "xxx";
     KyGLText::setDefaultFontSize(25);
     EXPECT_EQ(rendered("a"), model(1000, {}, "a"));
     server.add(name("odd", "bold-r", 14));
-    server.takeAsked();
     EXPECT_EQ(KyGLText::fontBase(14), 2000);
     EXPECT_EQ(rendered("a"), model(2000, {}, "a"));
-    EXPECT_EQ(KyGLText::fontBase(77), -1);
-    EXPECT_EQ(rendered("a"), Calls());
     const unsigned int second = newContext();
     KyGLText::setFont(12, true, false, "helvetica");
     KyGLText::setDefaultFontFamily(nullptr);
     EXPECT_EQ(KyGLText::fontBase(13), -1);
     EXPECT_EQ(server.takeAsked(),
-              (Calls{name("odd", "bold-r", 14), name("odd", "bold-r", 77), name("*", "bold-r", 77),
-                     name("odd", "bold-r", 25), name("*", "bold-r", 25), kDefault,
-                     name("", "bold-r", 13), name("*", "bold-r", 13)}));
+              (Calls{kDefault, name("odd", "bold-r", 14), name("odd", "bold-r", 25),
+                     name("*", "bold-r", 25), kDefault, name("", "bold-r", 13),
+                     name("*", "bold-r", 13)}));
     KyGLText::setCacheContext(static_cast<int>(second));
     std::thread([] { KyGLText::setFont(12, true, false, "helvetica"); }).join();
     EXPECT_EQ(rendered("a"), model(3000, {}, "a")) << "a thread without an id set no font here";
@@ -367,12 +359,14 @@ TEST_F(TextTest, theDisplayIsTheOneSetOrThatOfTheContext) {
     const auto ofContext = [] { return reinterpret_cast<Display*>(sGL); };
     const auto former = std::exchange(SoGLXEW::__glewXGetCurrentDisplay, ofContext);
     KyGLText::fontBase(26);
-    EXPECT_EQ(std::exchange(server.display, nullptr), ofContext());
+    EXPECT_EQ(server.display, ofContext());
+    server.takeAsked();
+    EXPECT_EQ(KyGLText::availablePointSizes(nullptr, 0, "a", true, true), 0);
     SoGLXEW::__glewXGetCurrentDisplay = [] { return static_cast<Display*>(nullptr); };
     EXPECT_EQ(KyGLText::fontBase(27), -1);
     SoGLXEW::__glewXGetCurrentDisplay = nullptr;
     EXPECT_EQ(KyGLText::fontBase(28), -1);
-    EXPECT_EQ(server.display, nullptr) << "a display was made up";
+    EXPECT_EQ(server.takeAsked(), Calls()) << "a display was made up";
     SoGLXEW::__glewXGetCurrentDisplay = former;
 }
 
@@ -389,19 +383,15 @@ TEST_F(TextTest, aFontWithoutListsGetsThemWhenItCan) {
         server.current = context;
         unsetenv(variable);
         server.hasLists = false;
-        Calls without = model(0, with, "ab");
-        without.insert(without.begin(), "glGenLists(127)");
-        EXPECT_EQ(rendered("ab"), without) << "the application's lists were written over";
+        EXPECT_EQ(rendered("ab"), Calls{"glGenLists(127)"} + model(0, with, "ab"))
+            << "the application's lists were written over";
         server.hasLists = true;
-        const Calls alone = model(server.lists + 1000, with, "ab");
-        Calls first = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, server.lists + 1032)};
-        first.insert(first.end(), alone.begin(), alone.end());
-        EXPECT_EQ(rendered("ab"), first);
+        const int base = server.lists + 1000;
+        const Calls made = {"glGenLists(127)", call("glXUseXFont", 1, 32, 95, base + 32)};
+        EXPECT_EQ(rendered("ab"), made + model(base, with, "ab"));
         setenv(variable, "1", 1);
-        EXPECT_EQ(rendered("ab"), alone);
+        EXPECT_EQ(rendered("ab"), model(base, with, "ab"));
         unsetenv(variable);
-        KyGLText::cleanUp();
-        EXPECT_EQ(gl.takeCalls(), Calls{call("glDeleteLists", server.lists, 127)});
     }
 }
 
@@ -418,42 +408,35 @@ Calls made(int base, unsigned int first, unsigned int count, const char* own) {
                    call("glXUseXFont", 1, first, count, static_cast<unsigned int>(base) + first)};
     std::istringstream in(own);
     char kind = 0;
-    for (int code = 0, number = 0; in >> code >> kind >> number;) {
-        calls.push_back(call("glNewList", base + code, GL_COMPILE));
-        calls.push_back(kind == '=' ? call("glCallList", base + number)
-                                    : call("glBitmap", 0, 0, 0, 0, number, 0, "unread"));
-        calls.emplace_back("glEndList()");
-    }
+    for (int code = 0, number = 0; in >> code >> kind >> number;)
+        calls = calls + Calls{call("glNewList", base + code, GL_COMPILE),
+                              kind == '=' ? call("glCallList", base + number)
+                                          : call("glBitmap", 0, 0, 0, 0, number, 0, "unread"),
+                              "glEndList()"};
     return calls;
 }
 
 TEST_F(TextTest, noListLeavesThePenShortOfWhatIsMeasuredAndNoErrorIsLeft) {
-    struct Case {
-        unsigned int first, firstRow, lastRow, substitute;
-        std::string glyphs;  // row by row; a single one is that of all three codes
-        const char* lists;
-    };
+    // The glyphs are row by row; a single one is that of all three codes.
+    using Case = std::tuple<unsigned int, unsigned int, unsigned int, unsigned int, std::string,
+                            const char*>;
     const Case cases[] = {{32, 0, 0, 33, "bi-fz", "32 +4 34 =33 35 +5 36 +0"},
-                          {32, 0, 0, 32, "b-i", "32 +4 33 =32"},
                           {32, 0, 0, 0, "b-i", "32 +4"},
-                          {32, 0, 0, 33, "b-i", "32 +4"},
                           {255, 0, 0, 256, "-b", "255 =256 256 +4"},
-                          {32, 0, 0, 33, "i", ""},
                           {32, 0, 1, 33, "-i-bbb", "32 =33 34 =33"},
                           {32, 0, 1, 256 + 32, "-ibfii", "32 +5 34 +4"},
-                          {32, 0, 1, 256 + 34, "-ibii-", "34 +4"},
-                          {32, 1, 2, 256 + 33, "ii-bib", "32 +6 33 +6 34 +6"},
-                          {32, 1, 2, 33, "iiiiii", ""},
+                          {32, 1, 2, 256 + 33, "ib-iii", "32 +4 33 +4 34 +4"},
                           {32, 0, 0, 33, "b", "32 +4 33 +4 34 +4"}};
     XFontStruct& font = server.fonts[kDefault];
     for (const auto& [first, firstRow, lastRow, substitute, glyphs, lists] : cases) {
         std::vector<XCharStruct> all;
         for (const char kind : glyphs)
             all.push_back(kGlyphs.at(kind));
-        const auto rows = lastRow - firstRow + 1;
-        const auto count = all.size() > 1 ? static_cast<unsigned int>(all.size()) / rows : 3;
+        const bool isOne = glyphs.size() == 1;
+        const auto count =
+            isOne ? 3 : static_cast<unsigned int>(all.size()) / (lastRow - firstRow + 1);
         font.min_bounds = all[0];
-        font.per_char = all.size() > 1 ? all.data() : nullptr;
+        font.per_char = isOne ? nullptr : all.data();
         font.min_char_or_byte2 = first;
         font.max_char_or_byte2 = first + count - 1;
         font.min_byte1 = firstRow;
@@ -468,54 +451,28 @@ TEST_F(TextTest, noListLeavesThePenShortOfWhatIsMeasuredAndNoErrorIsLeft) {
     newContext();
     server.hasLists = false;
     extent("");
-    EXPECT_EQ(gl.takeCalls(), (Calls{"glGenLists(35)", "glXUseXFont(1, 32, 3, 32)"}))
-        << "lists of no font were made";
-}
-
-TEST_F(TextTest, theBlendEquationIsSetAsTheDriverCan) {
-    const std::tuple<const char*, const char*, bool, Calls> cases[] = {
-        {"1.4", "GL_EXT_blend_minmax", true, {"glBlendEquation(32774)"}},
-        {"1.3", "GL_EXT_blend_minmax", true, {"glBlendEquationEXT(32774)"}},
-        {"1.3", "GL_EXT_blend", true, {}},
-        {"1.4", "GL_EXT_blend_minmax", false, {}}};
-    const Settings with = {-1, -1, 0, 0, 0.5f, 0.5f};
-    for (const auto& [version, extensions, current, equation] : cases) {
-        gl.strings = {{GL_VERSION, version}, {GL_EXTENSIONS, extensions}};
-        newContext();
-        with.set();
-        if (!current) server.current = 0;
-        Calls expected = model(server.lists, with, "a");
-        expected.insert(expected.erase(expected.begin() + 4), equation.begin(), equation.end());
-        EXPECT_EQ(rendered("a"), expected) << version << extensions << current;
-    }
+    EXPECT_EQ(gl.takeCalls(), made(0, 32, 3, "")) << "the application's lists were written over";
 }
 
 TEST_F(TextTest, sizesAreThoseOfTheBitmapFontsInOrder) {
-    using Sizes = std::vector<int>;
-    const auto sizes = [&](int most, const Calls& listed) {
-        server.listed = listed;
-        int room[9];
-        const int count = KyGLText::availablePointSizes(room, most, "a b", most != 2, most != 0);
+    server.listed = {"fixed", "", "-a-b-c-d-e-f"};
+    for (const char* rest :
+         {"", "0-1", "14-1", "14-2", "9", "7", "[1_0_0_1]-1", "-10", "x6", "10x"})
+        server.listed.push_back(std::string("-f-b-b-i-n--") + rest);
+    using Sizes = std::array<int, 5>;
+    const auto sizes = [](int most, bool bold) {
+        Sizes all = {};
+        all[4] = KyGLText::availablePointSizes(all.data(), most, "a b", bold, !bold);
         EXPECT_TRUE(server.names.empty()) << "names were not released";
-        return Sizes(room, room + count);
+        return all;
     };
-    const Calls some = {"-f-b-b-i-n--14-1", "-f-b-b-i-n--10-1", "-f-b-b-i-n--0-1",
-                        "-f-b-b-i-n--12-1", "-f-b-b-i-n--10-1"};
-    EXPECT_EQ(sizes(9, some), (Sizes{10, 12, 14}));
-    EXPECT_EQ(sizes(2, some), (Sizes{10, 12}));
-    EXPECT_EQ(sizes(0, some), Sizes());
-    EXPECT_EQ(server.takeAsked(), (Calls{"-*-a b-bold-i-normal-*-*-*-*-*-*-*-*-*(100)",
-                                         "-*-a b-medium-i-normal-*-*-*-*-*-*-*-*-*(100)",
-                                         "-*-a b-bold-r-normal-*-*-*-*-*-*-*-*-*(100)"}));
-    EXPECT_EQ(sizes(9, {}), Sizes());
-    EXPECT_EQ(
-        sizes(9, {"fixed", "", "-a-b-c-d-e-f", "-a-b-c-d-e-f-9", "-a-b-c-d-e-f-[1_0_0_1]-1",
-                  "-a-b-c-d-e-f--8", "-a-b-c-d-e-f-x6", "-a-b-c-d-e-f-8x", "a-b-c-d-e-f-g-7"}),
-        (Sizes{7, 8, 9}));
-    server.takeAsked();
-    KyGLText::setDisplay(nullptr);
-    EXPECT_EQ(sizes(9, some), Sizes());
-    EXPECT_EQ(server.takeAsked(), Calls());
+    EXPECT_EQ(sizes(5, true), (Sizes{7, 9, 10, 14, 4}));
+    EXPECT_EQ(sizes(2, false), (Sizes{7, 9, 0, 0, 2}));
+    EXPECT_EQ(sizes(0, true), Sizes());
+    EXPECT_EQ(server.takeAsked()[1], "-*-a b-medium-i-normal-*-*-*-*-*-*-*-*-*(100)");
+    server.listed.clear();
+    EXPECT_EQ(sizes(5, true), Sizes());
+    EXPECT_EQ(server.takeAsked()[0], "-*-a b-bold-r-normal-*-*-*-*-*-*-*-*-*(100)");
 }
 
 // The first conversion is in the locale that needs the least room.
@@ -523,63 +480,33 @@ TEST_F(TextTest, aWideCharacterBecomesOneByteInEveryLocale) {
     for (const char* locale : {"C", "C.UTF-8"}) {
         ASSERT_NE(std::setlocale(LC_ALL, locale), nullptr);
         for (const std::size_t length : {2U, 5000U, 0U}) {
-            const std::wstring wide = std::wstring(length, L'x') + L"\x20ac\n\x1f600y\xdfff";
-            const std::string narrow = std::string(length, 'x') + "?\n?y?";
+            const std::wstring wide = std::wstring(length, L'x') + L"\x20ac\n\x1f600y\xdfff\xe9";
+            const std::string narrow = std::string(length, 'x') + "?\n?y??";
             EXPECT_EQ(extent(wide.c_str()), extent(narrow.c_str()));
             EXPECT_EQ(rendered(wide.c_str()), rendered(narrow.c_str()));
         }
     }
-    EXPECT_EQ(rendered(L"\xe9"), rendered("?"));
     EXPECT_FALSE(KyGLText::wcharSupported());
     std::setlocale(LC_ALL, "C");
 }
 
 TEST_F(TextTest, eachByteIsMeasuredOnceAndNoLineAllocates) {
     KyGLText::setBackground(0, 0, 0, 1);
-    std::string text(1000000, 'x');
-    for (std::size_t i = 9; i < text.size(); i += 10)
-        text[i] = '\n';
+    gl.takeCalls();
+    std::string text;
+    for (int i = 0; i < 100000; ++i)
+        text += "xxxxxxxxx\n";
+    const auto render = [&] { KyGLText::render(0, 0, 0, text.c_str()); };
+    extent(text.c_str());
+    EXPECT_EQ(server.measured, 900000);
     gl.muted = true;
-    long allocations = 0;
-    for (const bool drawn : {false, true, true}) {
-        server.measures = server.measured = 0;
-        const long before = Allocations::count;
-        drawn ? KyGLText::render(0, 0, 0, text.c_str()) : static_cast<void>(extent(text.c_str()));
-        EXPECT_LE(allocations = Allocations::count - before, 6);
-        EXPECT_EQ(server.measures, 100000);
-        EXPECT_EQ(server.measured, 900000);
-    }
+    const long before = Allocations::count;
+    render();
+    const long allocations = Allocations::count - before;
+    EXPECT_LE(allocations, 6);
+    EXPECT_EQ(server.measured, 1800000);
     gl.muted = false;
-    for (gl.takeCalls(); allocations > 0; --allocations) {
-        Allocations::failing = allocations;
-        EXPECT_THROW(KyGLText::render(0, 0, 0, text.c_str()), std::bad_alloc);
-        EXPECT_EQ(gl.takeCalls(), Calls()) << "memory ran out behind a GL call";
-    }
-}
-
-TEST_F(TextTest, threadsDrawOneAfterTheOtherEachInItsOwnContext) {
-    const char* const text = "ab\ncd\\n\nlast";
-    const unsigned int contexts[] = {newContext(), newContext(), newContext(), newContext()};
-    const auto settings = [](int thread) {
-        return Settings{thread - 1, thread - 2, thread, 9, 0.25f + static_cast<float>(thread),
-                        0.5f};
-    };
-    runTogether(4, [&](unsigned int thread) {
-        kyglSetContext(contexts[thread]);
-        for (int round = 0; round < 40; ++round) {
-            settings(static_cast<int>(thread)).set();
-            KyGLText::fontBase(12);
-            EXPECT_EQ(extent(text), measured(text));
-            KyGLText::render(1.5f, -2, 0.25f, text);
-            KyGLText::cleanUp();
-        }
-    });
-    const Calls calls = gl.takeCalls();
-    for (int thread = 0; thread < 4; ++thread) {
-        const Calls each = model(1, settings(thread), text);
-        int renders = -1;
-        for (auto at = calls.begin(); at != calls.end(); ++renders)
-            at = std::search(at + 1, calls.end(), each.begin() + 1, each.end());
-        EXPECT_EQ(renders, 40);
-    }
+    for (long nth = allocations; nth > 0; --nth)
+        EXPECT_TRUE(Allocations::stop(nth, false, render));
+    EXPECT_EQ(gl.takeCalls(), Calls()) << "memory ran out behind a GL call";
 }

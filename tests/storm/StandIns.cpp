@@ -5,36 +5,22 @@
 #include <kylib/KyEnvironment.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include <GL/glx.h>
 
-namespace {
-
-// Codes 32 to 127: the blank has no ink, the last two are missing and count as the blank.
-XFontStruct* loadFont(int pixels) {
-    static XCharStruct glyphs[96];
-    static XFontStruct fonts[64];
-    XFontStruct& font = fonts[pixels % 64];
-    for (int i = 1; i < 94; ++i)
-        glyphs[i] = {0, 5, 6, 8, 2, 0};
-    glyphs[0] = {0, 0, 6, 0, 0, 0};
-    font.min_char_or_byte2 = font.default_char = 32;
-    font.max_char_or_byte2 = 127;
-    font.per_char = glyphs;
-    font.ascent = pixels;
-    font.descent = 2;
-    return &font;
-}
-
-}  // namespace
-
 extern "C" {
+// Three codes, none with ink, so that each gets a list of the library's own.
 XFontStruct* XLoadQueryFont(Display*, const char* name) {
-    int pixels = 0;
-    const char* const field = std::strstr(name, "normal-*-");
-    return field != nullptr && std::sscanf(field, "normal-*-%d", &pixels) == 1 ? loadFont(pixels)
-                                                                               : nullptr;
+    static XFontStruct fonts[64];
+    const int pixels = std::atoi(std::strstr(name, "normal-*-") + 9);
+    XFontStruct& font = fonts[pixels % 64];
+    font.min_char_or_byte2 = 32;
+    font.max_char_or_byte2 = 34;
+    font.min_bounds.width = 6;
+    font.ascent = pixels;
+    return &font;
 }
 int XTextWidth(XFontStruct* font, const char*, int length) {
     return length * font->ascent;

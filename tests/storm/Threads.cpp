@@ -94,6 +94,7 @@ long visit(unsigned int context, std::mt19937& random) {
     KyGLText::setFont(pixels, false, false, "courier");
     int width = 0, height = 0;
     expect(KyGLText::textExtent("abc", width, height) == 1 && width == 3 * pixels);
+    KyGLText::render(0, 0, 0, "abc");
 
     for (int i = 0; i < 8; ++i)
         push(random);
