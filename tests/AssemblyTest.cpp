@@ -1,4 +1,3 @@
-#include "support/Allocations.h"
 #include "support/RecordedGL.h"
 #include "support/Reports.h"
 
@@ -42,16 +41,6 @@ TEST_F(AssemblyTest, aFaultIsToldWithItsLineAndNothingElse) {
     gl.strings.clear();
     kyglShaderARBCreateObject("a", fragment, 0);
     EXPECT_STREQ(reports.results.at(0).result.message(), "") << "a driver without words";
-}
-
-TEST_F(AssemblyTest, noNameIsLostWhereAnErrorAndLackOfMemoryMeet) {
-    for (const char* const call : {"glGenProgramsARB", "glBindProgramARB", "glProgramStringARB"}) {
-        gl.failNext(call, GL_INVALID_OPERATION);
-        const bool isText = call[2] == 'P';  // its error is read after the GL's words
-        gl.on = {{isText ? "glGetString" : call, [] { Allocations::failing = 1; }}};
-        EXPECT_THROW(kyglShaderARBCreateObject("a", vertex, 1), std::bad_alloc);
-        EXPECT_EQ(vertex, gl.lastName) << call;
-    }
 }
 
 TEST_F(AssemblyTest, stagesInOrderAndAGLErrorEndsThere) {

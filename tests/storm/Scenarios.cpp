@@ -48,13 +48,29 @@ struct MainRoad {
         return good && apply(b) && apply(a);
     }
     using Change = bool (KyShaderProgram::*)(const KyString&);
-    bool fail(unsigned int context, Status& status, Change push, Change remove) {
+    bool fail(unsigned int context, Status& status, Change push, Change remove, const char* macro) {
         status.always = 0;
-        (program.*push)("BROKEN");
+        (program.*push)(macro);
         const bool failed = !apply(context);
         status.always = 1;
-        (program.*remove)("BROKEN");
+        (program.*remove)(macro);
         return failed && apply(context);
+    }
+    // One kind of build after another, with logs of odd lengths.
+    bool fail(unsigned int context, RecordedGL& gl) {
+        using Program = KyShaderProgram;
+        for (const char* const macro : {"V", "F", "L"})
+            program.removeMacro(macro);
+        gl.linkStatus.always = 1;
+        gl.infoLogLength = -5;
+        bool good = fail(context, gl.compileStatus, &Program::pushVertexMacro,
+                         &Program::removeVertexMacro, "V");
+        gl.infoLogLength = 4096;
+        good = good && fail(context, gl.compileStatus, &Program::pushFragmentMacro,
+                            &Program::removeFragmentMacro, "F");
+        gl.infoLogLength = 3;
+        return good &&
+               fail(context, gl.linkStatus, &Program::pushMacro, &Program::removeMacro, "L");
     }
     bool send() {
         program.getAttribLocation("position");
@@ -69,29 +85,10 @@ struct MainRoad {
 };
 
 Scenario mainRoad(RecordedGL& gl, unsigned int a, unsigned int b) {
-    using Program = KyShaderProgram;
     const auto road = std::make_shared<MainRoad>();
-    const auto fail = [=, &gl](Status RecordedGL::*status, MainRoad::Change push,
-                               MainRoad::Change remove, int logLength) {
-        gl.infoLogLength = logLength;
-        return road->fail(a, gl.*status, push, remove);
-    };
-    const auto failVertices = [=] {
-        return fail(&RecordedGL::compileStatus, &Program::pushVertexMacro,
-                    &Program::removeVertexMacro, -5);
-    };
-    const auto failFragments = [=] {
-        return fail(&RecordedGL::compileStatus, &Program::pushFragmentMacro,
-                    &Program::removeFragmentMacro, 4096);
-    };
-    const auto failLink = [=] {
-        return fail(&RecordedGL::linkStatus, &Program::pushMacro, &Program::removeMacro, 3);
-    };
     return {{{"create", [=] { return road->create(); }},
              {"apply", [=] { return road->apply(a); }},
-             {"broken vertices", failVertices},
-             {"broken fragments", failFragments},
-             {"broken link", failLink},
+             {"fail", [=, &gl] { return road->fail(a, gl); }},
              {"change", [=] { return road->change(a, b); }},
              {"send", [=] { return road->send(); }},
              {"create anew", [=] { return road->create() && road->apply(b); }},
@@ -165,19 +162,16 @@ Scenario backEnd(RecordedGL& gl, unsigned int a, unsigned int) {
             gl.linkStatus.always = 0;
             KyString log("former");
             good = kLog(names->program, log).ok() && kLink(names->program).failed() && good;
+            gl.compileStatus.always = 0;
+            good = !prepare() && good;
+            gl.compileStatus.always = 1;
+            prepare();
         }
         gl.linkStatus.always = 1;
         return good;
     };
-    const auto fail = [=, &gl] {
-        gl.compileStatus.always = 0;
-        const bool failed = !prepare();
-        gl.compileStatus.always = 1;
-        return failed;
-    };
     return {{{"prepare", [=] { return prepare() && kLink(names->program).ok(); }},
              {"logs of any length", readLogs},
-             {"broken stage", fail},
              {"end", [=] { return names->end(); }}}};
 }
 

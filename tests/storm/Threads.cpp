@@ -27,21 +27,16 @@ void countDeleted(GLuint name) {
     sDeleted[context].fetch_add(1, std::memory_order_relaxed);
     if (context != RecordedGL::current) sWrong.fetch_add(1, std::memory_order_relaxed);
 }
-void countDeletedOne(GLsizei, const GLuint* name) {
-    countDeleted(*name);
-}
 
 bool canDoGLSL(unsigned int context) {
     return context % 2 == 1;
 }
 const GLubyte* words(GLenum name) {
-    const char* const text = name == GL_VERSION               ? "2.1"
-                             : canDoGLSL(RecordedGL::current) ? "GL_ARB_shading_language_100 "
-                                                                "GL_ARB_shader_objects "
-                                                                "GL_ARB_fragment_shader "
-                                                                "GL_ARB_vertex_shader"
-                                                              : "";
-    return reinterpret_cast<const GLubyte*>(text);
+    const char* text =
+        "GL_ARB_shading_language_100 GL_ARB_shader_objects GL_ARB_fragment_shader "
+        "GL_ARB_vertex_shader";
+    if (!canDoGLSL(RecordedGL::current)) text = "";
+    return reinterpret_cast<const GLubyte*>(name == GL_VERSION ? "2.1" : text);
 }
 
 template <typename Pointer>
@@ -59,7 +54,8 @@ struct QuietGL : RecordedGL {  // which puts the driver's entry points back
         __glewGetString = words;
         __glewGenLists = [](GLsizei) { return GLuint{1}; };
         __glewDeleteObjectARB = __glewDeleteProgram = countDeleted;
-        __glewDeleteTextures = __glewDeleteBuffers = countDeletedOne;
+        __glewDeleteTextures =
+            __glewDeleteBuffers = [](GLsizei, const GLuint* name) { countDeleted(*name); };
     }
 };
 

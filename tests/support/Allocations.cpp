@@ -1,6 +1,5 @@
 #include "Allocations.h"
 
-#include <malloc.h>
 #include <pthread.h>
 #include <cerrno>
 #include <cstdlib>
@@ -20,7 +19,6 @@ extern "C" {
 void* REAL(malloc)(std::size_t size);
 void* REAL(calloc)(std::size_t nmemb, std::size_t size);
 void* REAL(realloc)(void* ptr, std::size_t size);
-void* REAL(memalign)(std::size_t alignment, std::size_t size);
 }
 
 namespace {
@@ -69,21 +67,6 @@ void* calloc(std::size_t nmemb, std::size_t size) noexcept {
 
 void* realloc(void* ptr, std::size_t size) noexcept {
     return unlessFailing([=] { return REAL(realloc)(ptr, size); });
-}
-
-void* memalign(std::size_t alignment, std::size_t size) noexcept {
-    return unlessFailing([=] { return REAL(memalign)(alignment, size); });
-}
-
-void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return memalign(alignment, size);
-}
-
-int posix_memalign(void** memptr, std::size_t alignment, std::size_t size) noexcept {
-    void* const made = memalign(alignment, size);
-    if (made == nullptr) return ENOMEM;
-    *memptr = made;
-    return 0;
 }
 
 }  // extern "C"
