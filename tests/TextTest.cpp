@@ -508,5 +508,5 @@ TEST_F(TextTest, eachByteIsMeasuredOnceAndNoLineAllocates) {
     gl.muted = false;
     for (long nth = allocations; nth > 0; --nth)
         EXPECT_TRUE(Allocations::stop(nth, false, render));
-    EXPECT_EQ(gl.takeCalls(), Calls()) << "memory ran out behind a GL call";
+    EXPECT_EQ(gl.takeCalls(), Calls()) << "memory ran out after a GL call";
 }

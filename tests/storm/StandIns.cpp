@@ -34,8 +34,8 @@ GLXContextID glXGetContextIDEXT(GLXContext context) {
 }
 
 // A failed link writes a line: thousands of them say nothing.
-int puts(const char* text) {
-    return std::strncmp(text, "internal/", 9) == 0 ? 0 : std::printf("%s\n", text);
+int puts(const char* s) {
+    return std::strncmp(s, "internal/", 9) == 0 ? 0 : std::printf("%s\n", s);
 }
 }
 

@@ -29,16 +29,17 @@ FileFaults::~FileFaults() {
     tFaults = nullptr;
 }
 
-extern "C" int open(const char* path, int flags, ...) {
+extern "C" int open(const char* file, int oflag, ...) {
     if (tFaults != nullptr && fails(++tFaults->opened, tFaults->openErrors)) return -1;
     std::va_list arguments;
-    va_start(arguments, flags);
-    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_start(arguments, oflag);
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it is, by the line above
+    const mode_t mode = (oflag & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, flags, mode));
+    return static_cast<int>(syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
 }
 
-extern "C" ssize_t read(int file, void* bytes, size_t count) {
+extern "C" ssize_t read(int fd, void* buf, size_t nbytes) {
     if (tFaults != nullptr && fails(++tFaults->reads, tFaults->readErrors)) return -1;
-    return syscall(SYS_read, file, bytes, count);
+    return syscall(SYS_read, fd, buf, nbytes);
 }

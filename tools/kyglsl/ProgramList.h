@@ -9,7 +9,7 @@
 /// others.
 constexpr std::size_t kMaxMacros = 1000;
 
-/// A line of macros, which stands for each choice of its switches.
+/// A line of macros, for each choice of its switches.
 class MacroLine {
 public:
     /// Those of one line, after the word "macros". Throws a `UsageError`.
