@@ -95,7 +95,7 @@ KYGL_API bool checkVBOs(KyGLContext_s* context);
 /// Reads the GL's error flags and turns the first into a result that names the failed command.
 /// Call it right after the GL call, on the same thread.
 ///
-/// @param command the GL call as it stands in the source; "" after a group of calls
+/// @param command the GL call as written in the source; "" after a group of calls
 /// @param file path of the source, without extension
 /// @param line line of the call
 /// @param mode what to do with a failure: 1 notifies, 2 checks, any other value only returns it

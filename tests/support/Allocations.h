@@ -4,10 +4,10 @@
 
 /// What the calling thread allocates, counted and failed at will.
 ///
-/// The test executable's own `malloc`, `calloc` and `realloc` stand in for those
-/// of the C library, so this is whatever the process asks for on this thread: `new`, `kymalloc`, a
-/// string in any library, and what the C library needs itself, for thread-local data and for
-/// slots of `pthread_setspecific`. What a test asks for counts as well; `Exempt` leaves it out.
+/// The test executable's own `malloc`, `calloc` and `realloc` replace those of the C library, so
+/// this is whatever the process asks for on this thread: `new`, `kymalloc`, a string in any
+/// library, and what the C library needs itself, for thread-local data and for slots of
+/// `pthread_setspecific`. What a test asks for counts as well; `Exempt` leaves it out.
 struct Allocations {
     static inline thread_local long count = 0;
     /// The allocation that fails: 1 is the next one, 0 none.
