@@ -52,8 +52,10 @@ bool KyShaderProgram::pushFragmentMacro(const KyString& macro) {
 }
 
 bool KyShaderProgram::pushMacro(const KyString& macro) {
-    pushFragmentMacro(macro);
-    return pushVertexMacro(macro);
+    if (mVertexShader == nullptr) return false;
+    const KyShaderParametersMacros::Wanted wanted(macro);
+    mFragmentShader->push(wanted);
+    return mVertexShader->push(wanted);
 }
 
 bool KyShaderProgram::removeVertexMacro(const KyString& macro) {
@@ -65,8 +67,10 @@ bool KyShaderProgram::removeFragmentMacro(const KyString& macro) {
 }
 
 bool KyShaderProgram::removeMacro(const KyString& macro) {
-    removeFragmentMacro(macro);
-    return removeVertexMacro(macro);
+    if (mVertexShader == nullptr) return false;
+    const KyShaderParametersMacros::Wanted wanted(macro);
+    mFragmentShader->remove(wanted);
+    return mVertexShader->remove(wanted);
 }
 
 void KyShaderProgram::setVertexParameter(const KyShaderParametersMacros& macros) {
