@@ -31,6 +31,7 @@ void KyShaderProgram::create(const KyString& vertexFile, const KyString& fragmen
     mFragmentShader = fragment.release();
     mTechnique = technique.release();
     mFolderName.swap(folderName);
+    setUniformMode(mUniformMode);
 }
 
 // The technique goes first: it points to the shaders.
@@ -92,6 +93,16 @@ KyShaderUniform* KyShaderProgram::setUniform(const KyString& name, float value) 
 
 KyShaderUniform* KyShaderProgram::setUniform(const KyString& name, int value) {
     return mTechnique != nullptr ? mTechnique->uniforms().setUniform(name, value) : nullptr;
+}
+
+void KyShaderProgram::setUniformMode(UniformMode mode) {
+    mUniformMode = mode;
+    if (mTechnique == nullptr) return;
+    mTechnique->keepUniforms(mode != UniformMode::ByName, mode == UniformMode::ChangesOnly);
+}
+
+void KyShaderProgram::forgetSent() {
+    if (mTechnique != nullptr) mTechnique->forgetSent();
 }
 
 bool KyShaderProgram::applyUniform(const KyString& name, float value) {

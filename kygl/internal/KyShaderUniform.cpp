@@ -1,7 +1,9 @@
 #include <kygl/KyShaderUniform.h>
 
 #include "kyglCheck.h"
+#include "KyShaderKeptUniforms.h"
 
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -11,6 +13,8 @@ constexpr char kSource[] = "internal/KyShaderUniform";
 }  // namespace
 
 KyShaderUniform::KyShaderUniform(const KyString& name) : mName(name) {}
+
+KyShaderUniform::KyShaderUniform(const KyString& name, Type type) : mName(name), mType(type) {}
 
 KyShaderUniform::~KyShaderUniform() = default;
 
@@ -22,10 +26,34 @@ bool KyShaderUniform::isEqual(const KyShaderUniform*) const {
 
 bool KyShaderUniform::activate(unsigned int program) {
     int shaderLocation = -1;
-    KYGL_CHECKED(shaderLocation = glGetUniformLocation(program, mName.dataPtr()), 0);
+    locate(program, shaderLocation);
+    return activateAt(shaderLocation);
+}
+
+// Whatever program is in use.
+bool KyShaderUniform::activateAt(int shaderLocation) {
     if (shaderLocation < 0) return false;
-    KYGL_CHECKED(setUniform(shaderLocation), 1);
+    KyShaderStrayValues::add(shaderLocation);
+    send(shaderLocation);
     return true;
+}
+
+// Whether the check found no error; the location counts in any case.
+bool KyShaderUniform::locate(unsigned int program, int& shaderLocation) const {
+    return KYGL_CHECKED(shaderLocation = glGetUniformLocation(program, mName.dataPtr()), 0).ok();
+}
+
+bool KyShaderUniform::send(int shaderLocation) {
+    return KYGL_CHECKED(setUniform(shaderLocation), 1).ok();
+}
+
+unsigned int KyShaderUniform::bits() const {
+    unsigned int bits = 0;
+    if (mType == Type::Int)
+        std::memcpy(&bits, &static_cast<const KyShaderUniformInt*>(this)->mValue, sizeof bits);
+    else
+        std::memcpy(&bits, &static_cast<const KyShaderUniformFloat*>(this)->mValue, sizeof bits);
+    return bits;
 }
 
 bool operator==(const KyShaderUniform& a, const KyShaderUniform& b) {
@@ -33,7 +61,7 @@ bool operator==(const KyShaderUniform& a, const KyShaderUniform& b) {
 }
 
 KyShaderUniformInt::KyShaderUniformInt(const KyString& name, int value)
-    : KyShaderUniform(name), mValue(value) {}
+    : KyShaderUniform(name, kType), mValue(value) {}
 
 KyShaderUniformInt::~KyShaderUniformInt() = default;
 
@@ -47,7 +75,7 @@ bool KyShaderUniformInt::isEqual(const KyShaderUniform* other) const {
 }
 
 KyShaderUniformFloat::KyShaderUniformFloat(const KyString& name, float value)
-    : KyShaderUniform(name), mValue(value) {}
+    : KyShaderUniform(name, kType), mValue(value) {}
 
 KyShaderUniformFloat::~KyShaderUniformFloat() = default;
 
@@ -68,6 +96,7 @@ void KyShaderParametersUniform::clear() {
     for (long i = 0; i < mUniforms.size; ++i)
         delete mUniforms[i];
     mUniforms.resize(0);
+    ++mChanges;
 }
 
 KyShaderUniform* KyShaderParametersUniform::getUniform(const KyString& name) const {
@@ -89,13 +118,17 @@ KyShaderUniform* KyShaderParametersUniform::setUniform(const KyString& name, int
 
 template <typename Uniform, typename Value>
 KyShaderUniform* KyShaderParametersUniform::set(const KyString& name, Value value) {
-    if (KyShaderUniform* const found = getUniform(name)) {
-        auto* const same = dynamic_cast<Uniform*>(found);
-        if (same != nullptr) same->setValue(value);
+    const long found = findNext(name);
+    if (found >= 0) {
+        if (mUniforms[found]->mType != Uniform::kType) return nullptr;
+        auto* const same = static_cast<Uniform*>(mUniforms[found]);
+        same->setValue(value);
         return same;
     }
     auto made = std::make_unique<Uniform>(name, value);
     mUniforms.append(made.get());
+    made->mChanges = &mChanges;
+    ++mChanges;
     return made.release();
 }
 
@@ -104,21 +137,39 @@ bool KyShaderParametersUniform::removeUniform(const KyString& name) {
     if (found < 0) return false;
     delete mUniforms[found];
     mUniforms.remove(found);
+    ++mChanges;
     return true;
 }
 
-// Flattened, because this loop is the greater part of a steady apply: a call for each uniform adds
-// a third to what the library does beside the GL.
-__attribute__((flatten)) void KyShaderParametersUniform::activate(unsigned int program) {
+void KyShaderParametersUniform::activate(unsigned int program) {
+    for (long i = 0; i < mUniforms.size; ++i)
+        mUniforms[i]->activate(program);
+}
+
+// To a program that is known to be in use. Flattened, because this loop is the greater part of a
+// steady apply: a call for each uniform adds a third to what the library does beside the GL.
+__attribute__((flatten)) void KyShaderParametersUniform::send(unsigned int program) const {
     KyShaderUniform* const* const end = mUniforms.data + mUniforms.size;
-    for (KyShaderUniform* const* it = mUniforms.data; it != end; ++it)
-        (*it)->activate(program);
+    for (KyShaderUniform* const* it = mUniforms.data; it != end; ++it) {
+        int shaderLocation = -1;
+        (*it)->locate(program, shaderLocation);
+        if (shaderLocation >= 0) (*it)->send(shaderLocation);
+    }
 }
 
 long KyShaderParametersUniform::find(const KyString& name) const {
     for (long i = 0; i < mUniforms.size; ++i)
         if (compare(mUniforms[i]->name(), name) == 0) return i;
     return -1;
+}
+
+// Modules set their uniforms in the same order in each frame. No two have the same name, so the one
+// that is found is the first.
+long KyShaderParametersUniform::findNext(const KyString& name) {
+    long found = mNext;
+    if (found >= mUniforms.size || compare(mUniforms[found]->name(), name) != 0) found = find(name);
+    if (found >= 0) mNext = found + 1 < mUniforms.size ? found + 1 : 0;
+    return found;
 }
 
 bool operator==(const KyShaderParametersUniform& a, const KyShaderParametersUniform& b) {
