@@ -2,6 +2,7 @@
 // built at each switch. The sets differ in their last macro; those of `Restored` in each.
 
 #include "support.h"
+#include "variants.h"
 
 #include <kygl/KyShaderMacro.h>
 #include <kygl/KyShaderProgram.h>
@@ -14,8 +15,6 @@
 namespace {
 
 constexpr unsigned int kContext = 1;
-const std::vector<std::string> kFixedMacros = {"ENABLE_CLIPVERTEX", "FOG",      "NORMAL_MAP",
-                                               "SHADOWS 2",         "CONTOURS", "PALETTE 256"};
 
 // Goes round the sets; the first round builds them.
 struct Switcher {
@@ -26,7 +25,7 @@ struct Switcher {
 
     explicit Switcher(std::size_t sets) {
         for (std::size_t i = 0; i < sets; ++i)
-            texts.push_back("LIGHTS " + std::to_string(i + 1));
+            texts.push_back(lastMacro(i));
         writeShader("switch.glsl", "void main() {}\n");
         program.create("switch.glsl", "switch.glsl", "bench");
     }
@@ -149,24 +148,15 @@ struct TextKey : Switcher {
         macros.emplace_back();
         for (const std::string& text : texts) {
             macros.back() = text;
-            programs.emplace(key(), static_cast<GLuint>(programs.size() + 1));
+            programs.emplace(textKey(kContext, macros), static_cast<GLuint>(programs.size() + 1));
         }
     }
 
     void operator()() {
         present = next();
         macros.back() = texts[present];
-        glUseProgram(programs.find(key())->second);
+        glUseProgram(programs.find(textKey(kContext, macros))->second);
         if (glGetError() != GL_NO_ERROR) std::abort();
-    }
-
-    std::string key() const {
-        std::string text = std::to_string(kContext);
-        for (const std::string& macro : macros) {
-            text += '\n';
-            text += macro;
-        }
-        return text;
     }
 };
 
