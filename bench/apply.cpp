@@ -1,10 +1,11 @@
 // A steady apply and unUse: beside the same GL calls written by hand, and beside a table that finds
-// its program by context and macros.
+// its program by context and macros. Also with every uniform set to another value first.
 
 #include "support.h"
 
 #include <kygl/kyglShaderGLSL.h>
 #include <kygl/KyShaderProgram.h>
+#include <kygl/KyShaderUniform.h>
 #include <sogl/SoGLEW.h>
 
 #include <stdexcept>
@@ -52,6 +53,39 @@ struct Library {
     }
 };
 
+// Sets the uniforms by name.
+template <typename GL>
+struct Named : Library<GL> {
+    std::vector<KyString> names;
+
+    explicit Named(int uniforms) : Library<GL>(uniforms) {
+        for (int i = 0; i < uniforms; ++i)
+            names.emplace_back(uniformName(i).c_str());
+    }
+
+    void set(float value) {
+        for (const KyString& name : names)
+            this->program.setUniform(name, value);
+    }
+};
+
+// Sets the uniforms through the pointers that `setUniform` returned.
+template <typename GL>
+struct Kept : Library<GL> {
+    std::vector<KyShaderUniformFloat*> kept;
+
+    explicit Kept(int uniforms) : Library<GL>(uniforms) {
+        for (int i = 0; i < uniforms; ++i)
+            kept.push_back(dynamic_cast<KyShaderUniformFloat*>(
+                this->program.setUniform(uniformName(i).c_str(), 0.5F)));
+    }
+
+    void set(float value) {
+        for (KyShaderUniformFloat* const uniform : kept)
+            uniform->setValue(value);
+    }
+};
+
 void check() {
     if (const GLenum error = glGetError()) std::fprintf(stderr, "GL error %#x\n", error);
 }
@@ -77,6 +111,11 @@ struct Raw {
             uniforms.push_back({uniformName(i), 0.5F});
     }
 
+    void set(float value) {
+        for (Uniform& uniform : uniforms)
+            uniform.value = value;
+    }
+
     void operator()() const {
         glUseProgram(program);
         check();
@@ -89,6 +128,19 @@ struct Raw {
         }
         glUseProgram(0);
         check();
+    }
+};
+
+// Gives each uniform another value before each step.
+template <typename Side>
+struct Changing : Side {
+    using Side::Side;
+    float value = 0.25F;
+
+    void operator()() {
+        value = 1 - value;
+        Side::set(value);
+        Side::operator()();
     }
 };
 
@@ -117,6 +169,15 @@ struct Table {
     void operator()() const { programs.find(wanted)->second(); }
 };
 
+template <typename GL>
+void addChanging(const std::string& name, int uniforms, double limit) {
+    addSide(name + "/library", [=] { return Changing<Named<GL>>(uniforms); });
+    addSide(name + "/kept", [=] { return Changing<Kept<GL>>(uniforms); });
+    addSide(name + "/raw", [=] { return Changing<Raw<GL>>(uniforms); });
+    addRatio({name + "/library", name + "/raw", limit});
+    addRatio({name + "/kept", name + "/raw", limit});
+}
+
 }  // namespace
 
 void addApply() {
@@ -132,5 +193,10 @@ void addApply() {
         addSide(driver + "/library", [=] { return Library<RealGL>(uniforms); });
         addSide(driver + "/raw", [=] { return Raw<RealGL>(uniforms); });
         addRatio({driver + "/library", driver + "/raw", 1.05});
+    }
+    for (const int uniforms : {4, 16}) {
+        const std::string name = "changing" + std::to_string(uniforms);
+        addChanging<NoOpGL>(name, uniforms, 0);
+        addChanging<RealGL>(name + "Driver", uniforms, 1.05);
     }
 }

@@ -1,7 +1,8 @@
 // Switching one program among macro sets that are all built: beside a hash map whose text key is
-// built at each switch. The sets differ in their last macro.
+// built at each switch. The sets differ in their last macro; those of `Restored` in each.
 
 #include "support.h"
+#include "variants.h"
 
 #include <kygl/KyShaderMacro.h>
 #include <kygl/KyShaderProgram.h>
@@ -14,8 +15,6 @@
 namespace {
 
 constexpr unsigned int kContext = 1;
-const std::vector<std::string> kFixedMacros = {"ENABLE_CLIPVERTEX", "FOG",      "NORMAL_MAP",
-                                               "SHADOWS 2",         "CONTOURS", "PALETTE 256"};
 
 // Goes round the sets; the first round builds them.
 struct Switcher {
@@ -26,7 +25,7 @@ struct Switcher {
 
     explicit Switcher(std::size_t sets) {
         for (std::size_t i = 0; i < sets; ++i)
-            texts.push_back("LIGHTS " + std::to_string(i + 1));
+            texts.push_back(lastMacro(i));
         writeShader("switch.glsl", "void main() {}\n");
         program.create("switch.glsl", "switch.glsl", "bench");
     }
@@ -79,6 +78,68 @@ struct SetParameter : Switcher {
     }
 };
 
+// A caller that makes the whole set for each switch.
+struct Anew : Switcher {
+    std::vector<KyString> fixed;
+    std::vector<KyString> last;
+
+    explicit Anew(std::size_t sets) : Switcher(sets) {
+        for (const std::string& text : kFixedMacros)
+            fixed.emplace_back(text.c_str());
+        for (const std::string& text : texts)
+            last.emplace_back(text.c_str());
+        for (std::size_t i = 0; i < sets; ++i)
+            operator()();
+    }
+
+    void operator()() {
+        present = next();
+        KyShaderParametersMacros macros;
+        for (const KyString& text : fixed)
+            macros.pushMacro(text);
+        macros.pushMacro(last[present]);
+        program.setParameter(macros);
+        program.apply(kContext);
+    }
+};
+
+// A caller that has two texts for each place of a set and keeps the order: what follows the first
+// macro that changes is removed and pushed as well. The bits of its number make a set, the lowest
+// one at the last place.
+struct Restored : Switcher {
+    static constexpr std::size_t kPlaces = 7;
+    std::vector<KyString> macros[2];
+
+    explicit Restored(std::size_t sets) : Switcher(sets) {
+        for (const char* const text :
+             {"CLIP", "FOG", "NORMAL_MAP", "SHADOWS 2", "CONTOURS", "PALETTE 256", "LIGHTS 3"}) {
+            macros[0].emplace_back((std::string("NO_") + text).c_str());
+            macros[1].emplace_back(text);
+        }
+        for (const KyString& text : macros[0])
+            program.pushMacro(text);
+        for (std::size_t i = 0; i < sets; ++i)
+            operator()();
+    }
+
+    const KyString& macro(std::size_t set, std::size_t place) const {
+        return macros[set >> (kPlaces - 1 - place) & 1][place];
+    }
+
+    void operator()() {
+        const std::size_t former = present;
+        present = next();
+        std::size_t first = 0;
+        while (&macro(former, first) == &macro(present, first))
+            ++first;
+        for (std::size_t place = first; place < kPlaces; ++place)
+            program.removeMacro(macro(former, place));
+        for (std::size_t place = first; place < kPlaces; ++place)
+            program.pushMacro(macro(present, place));
+        program.apply(kContext);
+    }
+};
+
 struct TextKey : Switcher {
     std::vector<std::string> macros = kFixedMacros;
     std::unordered_map<std::string, GLuint> programs;
@@ -87,24 +148,15 @@ struct TextKey : Switcher {
         macros.emplace_back();
         for (const std::string& text : texts) {
             macros.back() = text;
-            programs.emplace(key(), static_cast<GLuint>(programs.size() + 1));
+            programs.emplace(textKey(kContext, macros), static_cast<GLuint>(programs.size() + 1));
         }
     }
 
     void operator()() {
         present = next();
         macros.back() = texts[present];
-        glUseProgram(programs.find(key())->second);
+        glUseProgram(programs.find(textKey(kContext, macros))->second);
         if (glGetError() != GL_NO_ERROR) std::abort();
-    }
-
-    std::string key() const {
-        std::string text = std::to_string(kContext);
-        for (const std::string& macro : macros) {
-            text += '\n';
-            text += macro;
-        }
-        return text;
     }
 };
 
@@ -116,11 +168,17 @@ void addMacroSwitch() {
         addSide(name + "/removePush", [=] { return RemovePush<KyString>(sets); });
         addSide(name + "/literals", [=] { return RemovePush<const char*>(sets); });
         addSide(name + "/setParameter", [=] { return SetParameter(sets); });
+        addSide(name + "/restored", [=] { return Restored(sets); });
+        addSide(name + "/anew", [=] { return Anew(sets); });
         addSide(name + "/peer", [=] { return TextKey(sets); });
         addRatio({name + "/removePush", name + "/peer", 2});
         addRatio({name + "/literals", name + "/peer"});
         addRatio({name + "/setParameter", name + "/peer", 5});
+        addRatio({name + "/restored", name + "/peer"});
+        addRatio({name + "/anew", name + "/peer"});
     }
     addRatio({"switch128/removePush", "switch2/removePush", 2});
     addRatio({"switch128/setParameter", "switch2/setParameter", 2});
+    addRatio({"switch128/restored", "switch2/restored"});
+    addRatio({"switch128/anew", "switch2/anew", 2});
 }

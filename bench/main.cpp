@@ -125,6 +125,7 @@ int main(int argc, char** argv) {
     addErrorCheck();
     addRegistry();
     addMacroSwitch();
+    addVariants();
     addDeferred();
     addLoader();
     addContainers();

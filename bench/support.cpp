@@ -7,6 +7,7 @@
 
 #include <GL/glx.h>
 
+#include <cstdlib>
 #include <mutex>
 #include <stdexcept>
 
@@ -121,6 +122,9 @@ struct Pbuffer {
     GLXContext context = nullptr;
 
     Pbuffer() {
+        // The driver reads this when it is loaded. A cache on disk would make first builds second
+        // ones.
+        setenv("MESA_SHADER_CACHE_DISABLE", "true", 1);
         if (display == nullptr) throw std::runtime_error("no X display; try xvfb-run");
         const int wanted[] = {GLX_DRAWABLE_TYPE, GLX_PBUFFER_BIT, None};
         const int size[] = {GLX_PBUFFER_WIDTH, 16, GLX_PBUFFER_HEIGHT, 16, None};

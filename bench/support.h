@@ -77,6 +77,7 @@ void addApply();
 void addErrorCheck();
 void addRegistry();
 void addMacroSwitch();
+void addVariants();
 void addDeferred();
 void addLoader();
 void addContainers();
