@@ -97,6 +97,7 @@ private:
     KYGL_LOCAL bool push(const Wanted& wanted);
     KYGL_LOCAL bool remove(const Wanted& wanted);
     KYGL_LOCAL long find(const Wanted& wanted) const;
+    KYGL_LOCAL bool isAt(long index, const Wanted& wanted) const;
     KYGL_LOCAL long lineBegin(long index) const { return index > 0 ? mMacros[index - 1].end : 0; }
 
     KyDArray<Macro> mMacros;

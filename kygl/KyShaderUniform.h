@@ -79,15 +79,20 @@ public:
 
     /// Changes the value; the next activation sends it.
     void setValue(int value) {
-        if (std::memcmp(&mValue, &value, sizeof value) == 0) return;
-        mValue = value;
-        valueChanged();
+        if (replace(value)) valueChanged();
     }
 
 private:
     friend class KyShaderUniform;
     friend class KyShaderParametersUniform;
     static constexpr Type kType = Type::Int;
+
+    // Whether the bits differ.
+    bool replace(int value) {
+        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        mValue = value;
+        return differs;
+    }
 
     int mValue;
 };
@@ -103,15 +108,20 @@ public:
 
     /// Changes the value; the next activation sends it.
     void setValue(float value) {
-        if (std::memcmp(&mValue, &value, sizeof value) == 0) return;
-        mValue = value;
-        valueChanged();
+        if (replace(value)) valueChanged();
     }
 
 private:
     friend class KyShaderUniform;
     friend class KyShaderParametersUniform;
     static constexpr Type kType = Type::Float;
+
+    // Whether the bits differ.
+    bool replace(float value) {
+        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        mValue = value;
+        return differs;
+    }
 
     float mValue;
 };
@@ -157,9 +167,12 @@ private:
     friend bool operator==(const KyShaderParametersUniform&, const KyShaderParametersUniform&);
     KYGL_LOCAL void send(unsigned int program) const;
     KYGL_LOCAL long find(const KyString& name) const;
-    KYGL_LOCAL long findNext(const KyString& name);
     template <typename Uniform, typename Value>
     KYGL_LOCAL KyShaderUniform* set(const KyString& name, Value value);
+    template <typename Uniform, typename Value>
+    KYGL_LOCAL KyShaderUniform* setOther(const KyString& name, Value value);
+    template <typename Uniform, typename Value>
+    KYGL_LOCAL KyShaderUniform* setAt(long index, Value value);
 
     KyDArray<KyShaderUniform*> mUniforms;
     long mNext = 0;                   ///< after the last one set: where the next one is tried first

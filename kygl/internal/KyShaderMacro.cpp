@@ -8,6 +8,11 @@ namespace {
 
 constexpr std::string_view kDefine = "#define ";
 
+// The room that a set makes at its first push: enough for most, so that a set built for one switch
+// allocates twice.
+constexpr long kUsualMacros = 8;
+constexpr long kUsualBytes = 240;
+
 // Order counts: the same hashes in another order give another number.
 unsigned long long extend(unsigned long long fingerprint, unsigned long long hash) {
     fingerprint = (fingerprint + hash + 1) * 0x9e3779b97f4a7c15ULL;
@@ -24,9 +29,7 @@ void copyInto(KyDArray<T>& array, const KyDArray<T>& other) {
 template <typename T>
 bool sameBytes(const KyDArray<T>& a, const KyDArray<T>& b) {
     static_assert(std::has_unique_object_representations_v<T>);
-    return a.size == b.size &&
-           (a.size == 0 ||
-            std::memcmp(a.data, b.data, static_cast<std::size_t>(a.size) * sizeof(T)) == 0);
+    return std::memcmp(a.data, b.data, static_cast<std::size_t>(a.size) * sizeof(T)) == 0;
 }
 
 }  // namespace
@@ -87,6 +90,10 @@ KyShaderParametersMacros::Wanted::Wanted(const KyString& wanted)
 
 bool KyShaderParametersMacros::push(const Wanted& wanted) {
     if (find(wanted) >= 0) return false;
+    if (mMacros.capacity == 0) {
+        mMacros.reserve(kUsualMacros);
+        mLines.reserve(kUsualBytes);
+    }
     const long begin = mLines.size;
     const long end = begin + static_cast<long>(kDefine.size() + wanted.shown) + 1;
     mMacros.reserve(mMacros.size + 1);
@@ -104,8 +111,9 @@ bool KyShaderParametersMacros::remove(const Wanted& wanted) {
     if (found < 0) return false;
     const long begin = lineBegin(found);
     const long end = mMacros[found].end;
-    std::memmove(mLines.data + begin, mLines.data + end,
-                 static_cast<std::size_t>(mLines.size - end));
+    if (end < mLines.size)
+        std::memmove(mLines.data + begin, mLines.data + end,
+                     static_cast<std::size_t>(mLines.size - end));
     mLines.size -= end - begin;
     mMacros.remove(found);
     unsigned long long fingerprint = found > 0 ? mMacros[found - 1].fingerprint : 0;
@@ -117,19 +125,25 @@ bool KyShaderParametersMacros::remove(const Wanted& wanted) {
     return true;
 }
 
-// Texts are equal if they have the same length and the same bytes up to their first NUL.
+// Texts are equal if they have the same length and the same bytes up to their first NUL. From the
+// end, because the macros that come and go are the last ones.
 long KyShaderParametersMacros::find(const Wanted& wanted) const {
-    for (long i = 0; i < mMacros.size; ++i) {
-        if (mMacros[i].hash != wanted.hash || mMacros[i].length != wanted.length) continue;
-        const long begin = lineBegin(i) + static_cast<long>(kDefine.size());
-        if (mMacros[i].end - 1 - begin == static_cast<long>(wanted.shown) &&
-            std::memcmp(mLines.data + begin, wanted.text, wanted.shown) == 0)
-            return i;
-    }
+    for (long i = mMacros.size - 1; i >= 0; --i)
+        if (mMacros[i].hash == wanted.hash && isAt(i, wanted)) return i;
     return -1;
 }
 
+// Out of line, so that a search that finds nothing, as before each push, saves no registers.
+[[gnu::noinline]] bool KyShaderParametersMacros::isAt(long index, const Wanted& wanted) const {
+    const long begin = lineBegin(index) + static_cast<long>(kDefine.size());
+    return mMacros[index].length == wanted.length &&
+           mMacros[index].end - 1 - begin == static_cast<long>(wanted.shown) &&
+           std::memcmp(mLines.data + begin, wanted.text, wanted.shown) == 0;
+}
+
 bool operator==(const KyShaderParametersMacros& a, const KyShaderParametersMacros& b) {
+    if (a.mMacros.size != b.mMacros.size || a.mLines.size != b.mLines.size) return false;
+    if (a.mMacros.size == 0) return true;
     return a.fingerprint() == b.fingerprint() && sameBytes(a.mMacros, b.mMacros) &&
            sameBytes(a.mLines, b.mLines);
 }

@@ -3,12 +3,31 @@
 #include "kyglCheck.h"
 #include "KyShaderKeptUniforms.h"
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 
 namespace {
 
 constexpr char kSource[] = "internal/KyShaderUniform";
+
+// Whether two texts of `Bytes` to twice as many bytes are equal: both ends are, which overlap.
+template <std::size_t Bytes>
+bool sameEnds(const char* a, const char* b, std::size_t size) {
+    const std::size_t last = size - Bytes;
+    return std::memcmp(a, b, Bytes) == 0 && std::memcmp(a + last, b + last, Bytes) == 0;
+}
+
+// Whether these are equal texts of up to 32 bytes, as nearly all names are: a few comparisons,
+// where a call takes as long as all the rest of setting a uniform.
+[[gnu::always_inline]] inline bool sameShortText(const KyString& a, const KyString& b) {
+    const auto size = static_cast<std::size_t>(a.size);
+    if (a.size != b.size || size > 32) return false;
+    if (size >= 16) return sameEnds<16>(a.data, b.data, size);
+    if (size >= 8) return sameEnds<8>(a.data, b.data, size);
+    if (size >= 4) return sameEnds<4>(a.data, b.data, size);
+    return size < 2 || sameEnds<2>(a.data, b.data, size);
+}
 
 }  // namespace
 
@@ -116,20 +135,36 @@ KyShaderUniform* KyShaderParametersUniform::setUniform(const KyString& name, int
     return set<KyShaderUniformInt>(name, value);
 }
 
+// Modules set their uniforms in the same order in each frame, so the one after the last is tried
+// first. No two have the same name: one that is found is the first in the set.
 template <typename Uniform, typename Value>
 KyShaderUniform* KyShaderParametersUniform::set(const KyString& name, Value value) {
-    const long found = findNext(name);
-    if (found >= 0) {
-        if (mUniforms[found]->mType != Uniform::kType) return nullptr;
-        auto* const same = static_cast<Uniform*>(mUniforms[found]);
-        same->setValue(value);
-        return same;
-    }
+    if (mNext >= mUniforms.size || !sameShortText(mUniforms[mNext]->mName, name))
+        return setOther<Uniform>(name, value);
+    return setAt<Uniform>(mNext, value);
+}
+
+// Out of line, so that the usual road saves no registers.
+template <typename Uniform, typename Value>
+[[gnu::noinline]] KyShaderUniform* KyShaderParametersUniform::setOther(const KyString& name,
+                                                                       Value value) {
+    const bool isNext = mNext < mUniforms.size && compare(mUniforms[mNext]->mName, name) == 0;
+    const long found = isNext ? mNext : find(name);
+    if (found >= 0) return setAt<Uniform>(found, value);
     auto made = std::make_unique<Uniform>(name, value);
     mUniforms.append(made.get());
     made->mChanges = &mChanges;
     ++mChanges;
     return made.release();
+}
+
+template <typename Uniform, typename Value>
+KyShaderUniform* KyShaderParametersUniform::setAt(long index, Value value) {
+    mNext = index + 1;
+    KyShaderUniform* const found = mUniforms[index];
+    if (found->mType != Uniform::kType) return nullptr;
+    if (static_cast<Uniform*>(found)->replace(value)) ++mChanges;
+    return found;
 }
 
 bool KyShaderParametersUniform::removeUniform(const KyString& name) {
@@ -161,15 +196,6 @@ long KyShaderParametersUniform::find(const KyString& name) const {
     for (long i = 0; i < mUniforms.size; ++i)
         if (compare(mUniforms[i]->name(), name) == 0) return i;
     return -1;
-}
-
-// Modules set their uniforms in the same order in each frame. No two have the same name, so the one
-// that is found is the first.
-long KyShaderParametersUniform::findNext(const KyString& name) {
-    long found = mNext;
-    if (found >= mUniforms.size || compare(mUniforms[found]->name(), name) != 0) found = find(name);
-    if (found >= 0) mNext = found + 1 < mUniforms.size ? found + 1 : 0;
-    return found;
 }
 
 bool operator==(const KyShaderParametersUniform& a, const KyShaderParametersUniform& b) {
