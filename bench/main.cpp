@@ -73,7 +73,7 @@ private:
         if (side <= 0 || peer <= 0) return;
         const bool inBytes = mInBytes.count(ratio.side) > 0;
         const char* const unit = ratio.difference ? "ns" : inBytes ? "bytes" : "x";
-        const double value = ratio.difference ? side - peer : side / (peer * ratio.work);
+        const double value = ratio.difference ? side - peer : side / peer;
         std::printf("%-36s %12.1f   %-32s %12.1f %7.2f", ratio.side.c_str(), side,
                     ratio.peer.c_str(), peer, value);
         if (ratio.limit > 0)

@@ -52,7 +52,6 @@ struct Ratio {
     std::string side;
     std::string peer;
     double limit = 0;         ///< the target, 0 for none; of bytes it is one for `side` itself
-    double work = 1;          ///< how many times the work of `peer` the side has to do
     bool difference = false;  ///< take the difference in nanoseconds instead
 };
 void addRatio(const Ratio& ratio);
