@@ -77,7 +77,8 @@ double since(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Seconds from the moment when all threads are ready until all have pushed their share.
+// Seconds from the moment when all threads are ready until all have pushed their share. None starts
+// before the clock does.
 template <typename Queue>
 double push(Queue& queue, unsigned int threads, unsigned int count) {
     const auto pushShare = [&](unsigned int thread) {
@@ -85,17 +86,19 @@ double push(Queue& queue, unsigned int threads, unsigned int count) {
             queue.push(thread, i, i % kContexts);
     };
     std::atomic<unsigned int> ready{1};
+    std::atomic<bool> go{false};
     std::vector<std::thread> others;
     for (unsigned int i = 1; i < threads; ++i)
         others.emplace_back([&, i] {
             ++ready;
-            while (ready < threads)
+            while (!go)
                 std::this_thread::yield();
             pushShare(i);
         });
     while (ready < threads)
         std::this_thread::yield();
     const auto start = std::chrono::steady_clock::now();
+    go = true;
     pushShare(0);
     for (std::thread& other : others)
         other.join();
