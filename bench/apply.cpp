@@ -1,5 +1,6 @@
 // A steady apply and unUse: beside the same GL calls written by hand, and beside a table that finds
-// its program by context and macros. Also with every uniform set to another value first.
+// its program by context and macros. Also in a program with
+// many variants, and with every uniform set to another value first.
 
 #include "support.h"
 
@@ -50,6 +51,18 @@ struct Library {
     void operator()() {
         program.apply(kContext);
         program.unUse();
+    }
+};
+
+// The program has built other variants as well.
+struct AmongVariants : Library<NoOpGL> {
+    explicit AmongVariants(int variants) : Library(4) {
+        for (int i = 1; i < variants; ++i) {
+            const KyString macro(0, "VARIANT %d", i);
+            program.pushMacro(macro);
+            if (!program.compile(kContext)) throw std::runtime_error("a variant does not build");
+            program.removeMacro(macro);
+        }
     }
 };
 
@@ -194,6 +207,10 @@ void addApply() {
         addSide(driver + "/raw", [=] { return Raw<RealGL>(uniforms); });
         addRatio({driver + "/library", driver + "/raw", 1.05});
     }
+    for (const int variants : {1, 1000})
+        addSide("apply4/variants" + std::to_string(variants),
+                [=] { return AmongVariants(variants); });
+    addRatio({"apply4/variants1000", "apply4/variants1", 1.05});
     for (const int uniforms : {4, 16}) {
         const std::string name = "changing" + std::to_string(uniforms);
         addChanging<NoOpGL>(name, uniforms, 0);

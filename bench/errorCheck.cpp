@@ -19,7 +19,7 @@ static void add(const std::string& name) {
     };
     addSide(name + "/library", [] { return Library(); });
     addSide(name + "/raw", [] { return Raw(); });
-    addRatio({name + "/library", name + "/raw", 5, 1, true});
+    addRatio({name + "/library", name + "/raw", 5, true});
 }
 
 void addErrorCheck() {

@@ -37,7 +37,13 @@ public:
                 mFailed.insert(name);
                 continue;
             }
-            mTimes[name].push_back(total * 1e9 / static_cast<double>(run.iterations));
+            double figure = total * 1e9 / static_cast<double>(run.iterations);
+            const auto bytes = run.counters.find("bytes");
+            if (bytes != run.counters.end()) {
+                figure = bytes->second.value;
+                mInBytes.insert(name);
+            }
+            mFigures[name].push_back(figure);
         }
     }
 
@@ -53,32 +59,35 @@ public:
 private:
     // Of several repetitions the best, for what disturbs a measurement only makes it longer. Of
     // several threads the median, for the best is one where they missed each other. 0 for none.
-    double time(const std::string& name) const {
-        const auto found = mTimes.find(name);
-        if (found == mTimes.end()) return 0;
-        std::vector<double> times = found->second;
-        std::sort(times.begin(), times.end());
-        return name.find("/threads:") == name.npos ? times[0] : times[times.size() / 2];
+    double best(const std::string& name) const {
+        const auto found = mFigures.find(name);
+        if (found == mFigures.end()) return 0;
+        std::vector<double> figures = found->second;
+        std::sort(figures.begin(), figures.end());
+        return name.find("/threads:") == name.npos ? figures[0] : figures[figures.size() / 2];
     }
 
     void print(const Ratio& ratio) const {
-        const double side = time(ratio.side);
-        const double peer = time(ratio.peer);
+        const double side = best(ratio.side);
+        const double peer = best(ratio.peer);
         if (side <= 0 || peer <= 0) return;
-        const double value = ratio.difference ? side - peer : side / (peer * ratio.work);
+        const bool inBytes = mInBytes.count(ratio.side) > 0;
+        const char* const unit = ratio.difference ? "ns" : inBytes ? "bytes" : "x";
+        const double value = ratio.difference ? side - peer : side / peer;
         std::printf("%-36s %12.1f   %-32s %12.1f %7.2f", ratio.side.c_str(), side,
                     ratio.peer.c_str(), peer, value);
         if (ratio.limit > 0)
-            std::printf(" %7.2f  %s", ratio.limit, value <= ratio.limit ? "met" : "MISSED");
-        std::printf("%s\n", ratio.difference ? " (difference in ns)" : "");
+            std::printf(" %7g  %s", ratio.limit,
+                        (inBytes ? side : value) <= ratio.limit ? "met" : "MISSED");
+        std::printf("%s\n", ratio.difference ? " (difference in ns)" : inBytes ? " (bytes)" : "");
         if (mFile != nullptr)
             std::fprintf(mFile, "%s\t%.5g\t%s\t%.5g\t%.5g\t%g\t%s\n", ratio.side.c_str(), side,
-                         ratio.peer.c_str(), peer, value, ratio.limit,
-                         ratio.difference ? "ns" : "x");
+                         ratio.peer.c_str(), peer, value, ratio.limit, unit);
     }
 
     std::FILE* mFile;
-    std::map<std::string, std::vector<double>> mTimes;
+    std::map<std::string, std::vector<double>> mFigures;
+    std::set<std::string> mInBytes;
     std::set<std::string> mFailed;
 };
 

@@ -6,6 +6,7 @@
 #include <sogl/SoGLEW.h>
 
 #include <GL/glx.h>
+#include <malloc.h>
 
 #include <cstdlib>
 #include <mutex>
@@ -16,25 +17,62 @@ std::map<std::string, std::function<void(long)>>& countable() {
     return sides;
 }
 
-// The program's own malloc takes the place of the C library's for every library in the process;
+// The program's own functions take the place of the C library's for every library in the process;
 // `operator new` ends there too.
-extern "C" void* __libc_malloc(std::size_t size);
-extern "C" void* __libc_realloc(void* ptr, std::size_t size);
+extern "C" void* __libc_malloc(std::size_t size) noexcept;
+extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
+extern "C" void* __libc_realloc(void* ptr, std::size_t size) noexcept;
+extern "C" void __libc_free(void* ptr) noexcept;
 
 static thread_local unsigned long tAllocations = 0;
+static thread_local bool tCountsBytes = false;
+static thread_local long tBytes = 0;
 
 unsigned long allocations() {
     return tAllocations;
 }
 
+long heapGrowth(const std::function<void()>& work) {
+    tBytes = 0;
+    tCountsBytes = true;
+    work();
+    tCountsBytes = false;
+    return tBytes;
+}
+
+// Where no bytes are counted an allocation costs one comparison more and the functions below end in
+// a jump: these stay out of line.
+[[gnu::cold, gnu::noinline]] static void* withBytes(void* ptr) {
+    tBytes += static_cast<long>(malloc_usable_size(ptr));
+    return ptr;
+}
+
+[[gnu::cold, gnu::noinline]] static void* withoutBytes(void* ptr) {
+    tBytes -= static_cast<long>(malloc_usable_size(ptr));
+    return ptr;
+}
+
 extern "C" void* malloc(std::size_t size) noexcept {
     ++tAllocations;
+    if (tCountsBytes) return withBytes(__libc_malloc(size));
     return __libc_malloc(size);
+}
+
+extern "C" void* calloc(std::size_t count, std::size_t size) noexcept {
+    ++tAllocations;
+    if (tCountsBytes) return withBytes(__libc_calloc(count, size));
+    return __libc_calloc(count, size);
 }
 
 extern "C" void* realloc(void* ptr, std::size_t size) noexcept {
     ++tAllocations;
+    if (tCountsBytes) return withBytes(__libc_realloc(withoutBytes(ptr), size));
     return __libc_realloc(ptr, size);
+}
+
+extern "C" void free(void* ptr) noexcept {
+    if (tCountsBytes) withoutBytes(ptr);
+    __libc_free(ptr);
 }
 
 namespace {

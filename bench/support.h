@@ -20,6 +20,9 @@ std::map<std::string, std::function<void(long)>>& countable();
 /// Number of allocations that the calling thread has made so far, in whatever library.
 unsigned long allocations();
 
+/// Bytes of heap that the calling thread holds after `work` beyond those that it held before.
+long heapGrowth(const std::function<void()>& work);
+
 template <typename Make>
 benchmark::internal::Benchmark* addSide(const std::string& name, Make make) {
     countable()[name] = [make](long steps) {
@@ -43,12 +46,12 @@ benchmark::internal::Benchmark* addSide(const std::string& name, Make make) {
     });
 }
 
-/// One line of the table that ends a run: the time of `side` over that of `peer`.
+/// One line of the table that ends a run: the time of `side` over that of `peer`, or the bytes of
+/// both where they report a counter of that name.
 struct Ratio {
     std::string side;
     std::string peer;
-    double limit = 0;         ///< the target, 0 for none
-    double work = 1;          ///< how many times the work of `peer` the side has to do
+    double limit = 0;         ///< the target, 0 for none; of bytes it is one for `side` itself
     bool difference = false;  ///< take the difference in nanoseconds instead
 };
 void addRatio(const Ratio& ratio);

@@ -159,7 +159,7 @@ void addText() {
     for (const unsigned int contexts : {8U, 1000U}) {
         const std::string suffix = "/contexts" + std::to_string(contexts);
         addSide("extent40" + suffix, [=] { return Measured(contexts, 40); });
-        addRatio({"extent40" + suffix, "extent40/xlib", 100, 1, true});
+        addRatio({"extent40" + suffix, "extent40/xlib", 100, true});
         addSide("extent1M" + suffix, [=] { return Measured(contexts, 1000000); });
         addRatio({"extent1M" + suffix, "extent1M/xlib", 1.2});
     }

@@ -1,4 +1,4 @@
-// The variants of one program: what the first build of each takes.
+// The variants of one program: what the first build of each takes, and the heap that it holds.
 
 #include "variants.h"
 
@@ -12,6 +12,7 @@
 
 #include <deque>
 #include <stdexcept>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -152,9 +153,77 @@ void addFirstBuild(const std::string& name) {
     addRatio({name + "/library", name + "/raw"});
 }
 
+// A program whose next variants differ from the last one in a macro.
+struct Program {
+    NoOpGL gl;
+    KyShaderProgram program;
+
+    explicit Program(std::size_t textSize) {
+        std::string text = "void main() {}\n";
+        while (text.size() < textSize)
+            text += "// A line as long as lines of shaders are.\n";
+        writeShader("heap.vert", text);
+        writeShader("heap.frag", text);
+        program.create("heap.vert", "heap.frag", "bench");
+        for (const std::string& macro : kFixedMacros)
+            program.pushMacro(macro.c_str());
+    }
+
+    void build(std::size_t variant) {
+        if (variant > 0) program.removeMacro(lastMacro(variant - 1).c_str());
+        program.pushMacro(lastMacro(variant).c_str());
+        if (!program.compile(kContext)) throw std::runtime_error("the program does not build");
+    }
+};
+
+struct Table {
+    std::unordered_map<std::string, GLuint> programs;
+
+    explicit Table(std::size_t) {}
+
+    void build(std::size_t variant) {
+        std::vector<std::string> macros = kFixedMacros;
+        macros.push_back(lastMacro(variant));
+        programs.emplace(textKey(kContext, macros), static_cast<GLuint>(variant + 1));
+    }
+};
+
+// The bytes that each variant but the first takes on the heap: the same in each run, so once will
+// do.
+template <typename Holder>
+void addHeap(const std::string& name, std::size_t textSize, std::size_t variants) {
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     for (auto _ : state) {
+                                         Holder holder(textSize);
+                                         holder.build(0);
+                                         const long bytes = heapGrowth([&] {
+                                             for (std::size_t i = 1; i < variants; ++i)
+                                                 holder.build(i);
+                                         });
+                                         state.counters["bytes"] =
+                                             static_cast<double>(bytes) /
+                                             static_cast<double>(variants - 1);
+                                     }
+                                 })
+        ->Iterations(1)
+        ->Repetitions(1)
+        ->Unit(benchmark::kMillisecond);
+}
+
 }  // namespace
 
 void addVariants() {
     addFirstBuild<NoOpGL>("firstBuild");
     addFirstBuild<RealGL>("firstBuildDriver");
+    for (const std::size_t kilobytes : {1U, 100U}) {
+        const std::string name = "heap" + std::to_string(kilobytes) + "K/";
+        for (const std::size_t variants : {10U, 100U, 1000U}) {
+            const std::string row = name + std::to_string(variants);
+            addHeap<Program>(row + "/library", kilobytes * 1000, variants);
+            addHeap<Table>(row + "/table", kilobytes * 1000, variants);
+            addRatio({row + "/library", row + "/table", kilobytes == 100 ? 2700.0 : 0});
+        }
+        addRatio({name + "1000/library", name + "10/library"});
+    }
 }
