@@ -113,6 +113,48 @@ TEST_F(ShaderObjectsTest, theFirstMatchingEntryInOrderOfCreationCounts) {
     EXPECT_EQ(get(2), second) << "one that failed is found again";
 }
 
+TEST_F(ShaderObjectsTest, aMacroSetIsKnownByItsMacrosNotByItsLines) {
+    const auto make = [](KyShaderParametersMacros& set, const std::vector<KyString>& macros) {
+        for (const KyString& macro : macros)
+            EXPECT_TRUE(set.pushMacro(macro) && !set.pushMacro(macro));
+        return std::string(set.getDefineMacros().dataPtr());
+    };
+    KyShaderParametersMacros set, other, shorter, longer;
+    EXPECT_EQ(make(set, {"A\n#define B", "C"}), make(other, {"A", "B\n#define C"}));
+    EXPECT_FALSE(set == other || set.hasMacro("A"));
+    KyString withNul("A ");
+    withNul[1] = '\0';
+    EXPECT_EQ(make(shorter, {"A"}), make(longer, {withNul}));
+    EXPECT_FALSE(shorter == longer || shorter.hasMacro(withNul) || longer.removeMacro("A"));
+
+    KyShaderParametersMacros many, rest;
+    make(many, {"1", "22", "333", "", "5 5", "6", "7", "8", "9", "10", "11"});
+    EXPECT_TRUE(many.removeMacro("22") && many.removeMacro("") && many.removeMacro("11"));
+    EXPECT_TRUE(many.removeMacro("1") && !many.removeMacro("1"));
+    EXPECT_EQ(make(rest, {"333", "5 5", "6", "7", "8", "9", "10"}),
+              many.getDefineMacros().dataPtr());
+    EXPECT_TRUE(many == rest && many.fingerprint() == rest.fingerprint());
+    many.removeMacro("333");
+    many.pushMacro("333");
+    EXPECT_FALSE(many == rest || many.count() != rest.count());
+    (set = many).clear();
+    EXPECT_TRUE(many.count() == 7 && set == KyShaderParametersMacros());
+}
+
+TEST_F(ShaderObjectsTest, entriesThatReadEqualTextsKeepTheirsWhenTheFileChanges) {
+    KyVertexShader shader("v", tree.folder, true);
+    std::vector<KyShader*> entries;
+    for (const char* const text : {"one", "two", "one", "three", "four"}) {
+        tree.write("v", text);
+        for (std::size_t i = 0; i < entries.size(); ++i)
+            EXPECT_EQ(entries[i]->loadFromFile().dataPtr(), gl.sources[i]);
+        shader.pushParameter(std::to_string(entries.size()).c_str());
+        shader.compile(1);
+        entries.push_back(shader.getCachingShader(1));
+        EXPECT_NE(gl.sources.back().find(text), std::string::npos);
+    }
+}
+
 TEST_F(ShaderObjectsTest, aUniformKeepsItsTypeAndPlace) {
     KyShaderParametersUniform set, same;
     for (KyShaderParametersUniform* const one : {&set, &same})

@@ -78,6 +78,13 @@ struct MainRoad {
         program.unUse();
         return sent;
     }
+    bool keep(unsigned int context) {
+        program.setUniformMode(KyShaderProgram::UniformMode::ChangesOnly);
+        program.setUniform("width", 1.5F);
+        const bool good = apply(context) && program.applyUniform("width", 2.5F);
+        program.forgetSent();
+        return good && apply(context);
+    }
     bool end() {
         program.deleteProgram();
         return !program.isApplied();
@@ -92,6 +99,7 @@ Scenario mainRoad(RecordedGL& gl, unsigned int a, unsigned int b) {
              {"change", [=] { return road->change(a, b); }},
              {"send", [=] { return road->send(); }},
              {"create anew", [=] { return road->create() && road->apply(b); }},
+             {"keep", [=] { return road->keep(b); }},
              {"end", [=] { return road->end(); }}}};
 }
 
