@@ -188,8 +188,8 @@ struct Table {
     }
 };
 
-// The bytes that each variant but the first takes on the heap: the same in each run, so once will
-// do.
+// The bytes that each variant but the first takes on the heap. They do not depend on what else the
+// machine does, so once will do.
 template <typename Holder>
 void addHeap(const std::string& name, std::size_t textSize, std::size_t variants) {
     benchmark::RegisterBenchmark(name.c_str(),
