@@ -10,6 +10,7 @@
 #include <kygl/KyShaderProgram.h>
 #include <sogl/SoGLEW.h>
 
+#include <cstdlib>
 #include <deque>
 #include <stdexcept>
 #include <unordered_map>
@@ -71,7 +72,7 @@ struct Library : FirstBuild<GL> {
 };
 
 void check() {
-    if (glGetError() != GL_NO_ERROR) throw std::runtime_error("GL error");
+    if (glGetError() != GL_NO_ERROR) std::abort();
 }
 
 template <typename Shader>
