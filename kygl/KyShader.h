@@ -62,7 +62,8 @@ public:
 
     /// The text for the GL: one "#define" line for each macro, then the file with its includes
     /// expanded. The file is read the first time that it yields anything; later changes on disk
-    /// are not seen by this object. A file that cannot be read gives the macro lines alone.
+    /// are not seen by this object. Each entry of a cache reads for itself; those that read equal
+    /// texts keep one copy together. A file that cannot be read gives the macro lines alone.
     ///
     /// `#include "name"` is replaced by the file `name` beside the top-level file, wherever the
     /// directive is, comments included; a file that cannot be read gives nothing, and neither does
@@ -162,12 +163,14 @@ public:
         KYGL_LOCAL KyShader* findOrMake(int type, const KyShaderParametersMacros& macros,
                                         unsigned int context, const KyString& file,
                                         const KyString& folder);
+        KYGL_LOCAL const KyString* share(const KyString& text);
 
-        // A key of macro set and context for each entry decides a look-up nearly always. They lie
+        // A key of macro set and context for each entry decides a lookup nearly always. They are
         // side by side, so that a search over hundreds of entries stays in a few cache lines; entry
         // i keeps mKeys[i] up to date itself.
         KyDArray<KyShader*> mShaders;
-        KyDArray<unsigned long long> mKeys;
+        KyDArray<unsigned int> mKeys;
+        KyDArray<KyString*> mSources;  ///< the different texts that the entries have read
     };
 
 protected:
@@ -183,12 +186,17 @@ protected:
 
 private:
     friend class KyShaderBuildReport;
+    friend class KyShaderProgram;
 
+    KYGL_LOCAL bool push(const KyShaderParametersMacros::Wanted& macro);
+    KYGL_LOCAL bool remove(const KyShaderParametersMacros::Wanted& macro);
+    KYGL_LOCAL void keepSource(const KyString& text);
     KYGL_LOCAL void macrosChanged();
     KYGL_LOCAL void keyChanged();
 
     KyShaderCashing* mOwner = nullptr;  ///< the cache that this shader is an entry of, or null
     long mIndex = 0;                    ///< its place there
+    const KyString* mSharedSource = nullptr;  ///< takes the place of `mSource` in an entry
 };
 
 /// A vertex shader.

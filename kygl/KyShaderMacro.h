@@ -4,6 +4,8 @@
 #include <kygl/kyglApi.h>
 #include <kylib/KyString.h>
 
+#include <cstddef>
+
 /// One preprocessor macro: whatever follows `#define` on its line, a bare name or a name, a blank
 /// and a value. The text is neither parsed nor changed; what a shader compiler cannot digest comes
 /// back as a failed compile.
@@ -21,10 +23,6 @@ public:
     unsigned int hash() const { return mHash; }
 
 private:
-    friend class KyShaderParametersMacros;
-    KYGL_LOCAL KyShaderMacro(const KyString& text, unsigned int hash);
-    KYGL_LOCAL void assign(const KyString& text, unsigned int hash);
-
     KyString mText;
     unsigned int mHash;
 };
@@ -35,9 +33,9 @@ KYGL_API bool operator==(const KyShaderMacro& a, const KyShaderMacro& b);
 /// An ordered set of macros without duplicates: what one shader is built with.
 ///
 /// The order is that of the pushes; it is the order of the generated lines and counts in equality.
-/// The set owns its macros. Look-ups are linear. A set is changed by one thread at a time; any
-/// number may read one that nobody changes. A failed allocation leaves as `std::bad_alloc` and the
-/// set as it was.
+/// A set is kept as these lines, so a copy copies two blocks of bytes and shares nothing. Lookups
+/// are linear. A set is changed by one thread at a time; any number may read one that nobody
+/// changes. A failed allocation throws `std::bad_alloc` and leaves the set as it was.
 ///
 ///     KyShaderParametersMacros macros;
 ///     macros.pushMacro("LIGHTS 3");
@@ -57,10 +55,10 @@ public:
     /// Whether a macro of this text is in the set.
     bool hasMacro(const KyString& text) const;
 
-    /// Appends a macro at the end. @return false, and no change, when it is there already
+    /// Appends a macro at the end. @return false, and no change, if it is there already
     bool pushMacro(const KyString& text);
 
-    /// Removes a macro; the others keep their order. @return false when it was not there
+    /// Removes a macro; the others keep their order. @return false if it was not there
     bool removeMacro(const KyString& text);
 
     /// The lines of all macros in their order, each with its line feed; "" for an empty set.
@@ -71,15 +69,39 @@ public:
 
     /// A number that is the same for equal sets, so that two sets with different numbers need no
     /// further look. Kept up to date by every change; order counts.
-    unsigned long long fingerprint() const { return mFingerprint; }
+    unsigned long long fingerprint() const {
+        return mMacros.size > 0 ? mMacros[mMacros.size - 1].fingerprint : 0;
+    }
 
 private:
+    friend class KyShader;
+    friend class KyShaderProgram;
     friend bool operator==(const KyShaderParametersMacros&, const KyShaderParametersMacros&);
-    KYGL_LOCAL long find(const KyString& text, unsigned int hash) const;
 
-    KyDArray<KyShaderMacro*> mMacros;
-    unsigned long long mFingerprint = 0;
-    KyShaderMacro* mSpare = nullptr;  ///< the one removed last, for the next push: that is a switch
+    struct Macro {
+        unsigned long long hash;
+        unsigned long long fingerprint;  ///< of the macros up to this one
+        long length;                     ///< of the text
+        long end;                        ///< of its line in `mLines`
+    };
+
+    // A text with what a set needs to find it: worked out once where two stages are asked.
+    struct KYGL_LOCAL Wanted {
+        explicit Wanted(const KyString& text);
+
+        const char* text;
+        std::size_t shown;  // bytes up to the first NUL, all that a line contains
+        long length;
+        unsigned long long hash;
+    };
+    KYGL_LOCAL bool push(const Wanted& wanted);
+    KYGL_LOCAL bool remove(const Wanted& wanted);
+    KYGL_LOCAL long find(const Wanted& wanted) const;
+    KYGL_LOCAL bool isAt(long index, const Wanted& wanted) const;
+    KYGL_LOCAL long lineBegin(long index) const { return index > 0 ? mMacros[index - 1].end : 0; }
+
+    KyDArray<Macro> mMacros;
+    KyDArray<char> mLines;  ///< what `getDefineMacros` returns
 };
 
 /// Same macros in the same order.

@@ -82,6 +82,35 @@ public:
     KyShaderUniform* setUniform(const KyString& name, int value);
     ///@}
 
+    /// How `apply` sends the uniforms. After each `apply` every program object holds the same
+    /// values in all modes, and each call has its error check in all modes.
+    enum class UniformMode {
+        /// Each uniform is looked up by name and sent.
+        ByName,
+        /// Each uniform is sent. Its location is asked for once for each program that is built; a
+        /// name that the program lacks is not asked for again. A lookup whose check found an error
+        /// is not kept.
+        KeptLocations,
+        /// As `KeptLocations`, and a value is sent only if its bits differ from those last sent to
+        /// that program. What the program holds is unknown, and sent again, where a check found an
+        /// error, and for a uniform at the location of one that this or any other program has sent
+        /// by `applyUniform` or `KyShaderUniform::activate`: the library does not ask which program
+        /// was in use. A uniform that is sent by GL calls of the application's own takes a
+        /// `forgetSent` before the next `apply`.
+        ChangesOnly,
+    };
+    /// Sets the mode, `ByName` at the start. It may be set before `create`, survives it, and may
+    /// change at any time. Makes no GL call.
+    ///
+    /// A program that was built, as long as it lives, takes 16 bytes for each uniform in the modes
+    /// that keep something, allocated when it is first applied in such a mode and when uniforms
+    /// were added. Without memory for that `apply` sends by name.
+    void setUniformMode(UniformMode mode);
+
+    /// Nothing counts as sent any more, in none of the programs that this object has built: each of
+    /// them gets every uniform at its next `apply`.
+    void forgetSent();
+
     /// Stores a uniform and sends it at once, to the program that must be in use. GL calls:
     /// `glIsProgram`, then those of `KyShaderUniform::activate`.
     /// @return true when it was sent; false when it is only stored, when the program has no such
@@ -122,4 +151,5 @@ private:
     KyShader* mFragmentShader = nullptr;      ///< owned
     KyShaderTechnique* mTechnique = nullptr;  ///< owned
     KyString mFolderName;                     ///< the folder of the last `create`
+    UniformMode mUniformMode = UniformMode::ByName;
 };

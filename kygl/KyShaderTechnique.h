@@ -7,6 +7,7 @@
 
 class KyResult;
 class KyShader;
+class KyShaderKeptUniforms;
 
 /// A vertex and a fragment shader, linked into a GL program for one context at a time, with the
 /// uniforms that go with them.
@@ -113,6 +114,12 @@ public:
     };
 
 private:
+    friend class KyShaderProgram;
+
+    KYGL_LOCAL void keepUniforms(bool locations, bool values);
+    KYGL_LOCAL void forgetSent();
+    KYGL_LOCAL void sendUniforms();
+    KYGL_LOCAL bool makeRoomToKeep() noexcept;
     KYGL_LOCAL bool link(unsigned int context);
     KYGL_LOCAL KyResult makeProgram(unsigned int iov, unsigned int iof);
     KYGL_LOCAL void letGoOfProgram() noexcept;
@@ -128,4 +135,8 @@ private:
     bool mBuildFailed = false;    ///< what is in the fields is of an older success: build again
     KyShaderParametersUniform mUniformParameters;
     KyTechniqueCaching mTechniqueCashing;
+    bool mKeepsLocations = false;           ///< of uniforms, for each program in the cache
+    bool mKeepsValues = false;              ///< likewise, to send only what changed
+    KyShaderTechnique* mEntry = nullptr;    ///< the cache entry that `mProgram` is of
+    KyShaderKeptUniforms* mKept = nullptr;  ///< owned, of cache entries: what `mProgram` holds
 };

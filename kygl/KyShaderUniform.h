@@ -4,6 +4,8 @@
 #include <kygl/kyglApi.h>
 #include <kylib/KyString.h>
 
+#include <cstring>
+
 /// A named scalar on the CPU side that is sent to whatever program is in use.
 ///
 /// It is held by name, not by location: the location is looked up in the given program at each
@@ -25,7 +27,8 @@ public:
     virtual bool isEqual(const KyShaderUniform* other) const;
 
     /// Looks the name up in `program`, which must be in use, and sends the value. Allocates nothing
-    /// and takes no lock.
+    /// and takes no lock. What programs in the mode `KyShaderProgram::ChangesOnly` know of the
+    /// value at this location is forgotten: the one in use may be any of them.
     ///
     /// GL calls: `glGetUniformLocation`, `glUniform1f` or `glUniform1i` if the program has the
     /// name, and an error check after each. An error of the lookup is dropped; one of the value,
@@ -38,6 +41,28 @@ public:
 
 protected:
     KyString mName;  ///< what `name` gives
+
+    /// The types of values that a set holds.
+    enum class Type : unsigned char { Other, Int, Float };
+    /// Copies the name.
+    KyShaderUniform(const KyString& name, Type type);
+    /// Counts a change in the set that the uniform belongs to, if there is one.
+    void valueChanged() {
+        if (mChanges != nullptr) ++*mChanges;
+    }
+
+private:
+    friend class KyShaderKeptUniforms;
+    friend class KyShaderParametersUniform;
+    friend class KyShaderTechnique;
+
+    KYGL_LOCAL bool activateAt(int shaderLocation);
+    KYGL_LOCAL bool locate(unsigned int program, int& shaderLocation) const;
+    KYGL_LOCAL bool send(int shaderLocation);
+    KYGL_LOCAL unsigned int bits() const;
+
+    Type mType = Type::Other;
+    unsigned long long* mChanges = nullptr;  ///< the set's count of changes; null outside a set
 };
 
 /// Same name and equal values of the same type.
@@ -53,9 +78,22 @@ public:
     bool isEqual(const KyShaderUniform* other) const override;
 
     /// Changes the value; the next activation sends it.
-    void setValue(int value) { mValue = value; }
+    void setValue(int value) {
+        if (replace(value)) valueChanged();
+    }
 
 private:
+    friend class KyShaderUniform;
+    friend class KyShaderParametersUniform;
+    static constexpr Type kType = Type::Int;
+
+    // Whether the bits differ.
+    bool replace(int value) {
+        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        mValue = value;
+        return differs;
+    }
+
     int mValue;
 };
 
@@ -69,9 +107,22 @@ public:
     bool isEqual(const KyShaderUniform* other) const override;
 
     /// Changes the value; the next activation sends it.
-    void setValue(float value) { mValue = value; }
+    void setValue(float value) {
+        if (replace(value)) valueChanged();
+    }
 
 private:
+    friend class KyShaderUniform;
+    friend class KyShaderParametersUniform;
+    static constexpr Type kType = Type::Float;
+
+    // Whether the bits differ.
+    bool replace(float value) {
+        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        mValue = value;
+        return differs;
+    }
+
     float mValue;
 };
 
@@ -79,8 +130,9 @@ private:
 ///
 /// The set owns its uniforms; a pointer that it hands out is valid until that uniform is removed or
 /// the set cleared or destroyed. No two have the same name, and a name keeps its type while it is
-/// in the set. Look-ups are linear. A set belongs to one thread at a time. A failed allocation
-/// leaves as `std::bad_alloc` and the set as it was.
+/// in the set. Lookups are linear, but names that are set in the order of the set are found at
+/// once. A set belongs to one thread at a time. A failed allocation throws `std::bad_alloc` and
+/// leaves the set as it was.
 class KYGL_API KyShaderParametersUniform {
 public:
     KyShaderParametersUniform() = default;
@@ -106,17 +158,26 @@ public:
     /// Removes a uniform; the others keep their order. @return whether it was there
     bool removeUniform(const KyString& name);
 
-    /// Sends every uniform in order to `program`, which must be in use; those that it lacks are
-    /// skipped. GL calls as for `KyShaderUniform::activate`.
+    /// Activates every uniform in order; those that `program` lacks are skipped.
     void activate(unsigned int program);
 
 private:
+    friend class KyShaderKeptUniforms;
+    friend class KyShaderTechnique;
     friend bool operator==(const KyShaderParametersUniform&, const KyShaderParametersUniform&);
+    KYGL_LOCAL void send(unsigned int program) const;
     KYGL_LOCAL long find(const KyString& name) const;
     template <typename Uniform, typename Value>
     KYGL_LOCAL KyShaderUniform* set(const KyString& name, Value value);
+    template <typename Uniform, typename Value>
+    KYGL_LOCAL KyShaderUniform* setOther(const KyString& name, Value value);
+    template <typename Uniform, typename Value>
+    KYGL_LOCAL KyShaderUniform* setAt(long index, Value value);
 
     KyDArray<KyShaderUniform*> mUniforms;
+    long mNext = 0;                   ///< after the last one set: where the next one is tried first
+    unsigned long long mChanges = 0;  ///< of values and of the list
+    unsigned long long mForgotten = 0;  ///< `mChanges` when all that was sent ceased to count
 };
 
 /// Equal uniforms in the same order.

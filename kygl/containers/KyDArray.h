@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstring>
+#include <cwchar>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -75,9 +76,7 @@ public:
 
     /// Linear search. @return index of the first element equal to `item` from index `from` on, or
     /// `size` if there is none
-    long find(const T& item, long from = 0) const {
-        return std::find(data + from, data + size, item) - data;
-    }
+    long find(const T& item, long from = 0) const;
 
     /// An order: below 0, 0 or above 0 for `a` less than, equal to or greater than `b`.
     using Compare = int(const T& a, const T& b);
@@ -134,6 +133,20 @@ void KyDArray<T>::insert(long pos, const T& item) {
         insertMemory(pos, 1);
         std::memcpy(static_cast<void*>(data + pos), aside.bytes, sizeof(T));
         aside.owned = false;
+    }
+}
+
+// The C library searches wide characters, and so numbers of their size, with the vector unit.
+template <typename T>
+long KyDArray<T>::find(const T& item, long from) const {
+    if constexpr (std::is_integral_v<T> && sizeof(T) == sizeof(wchar_t)) {
+        if (from >= size) return size;
+        const auto* const begin = reinterpret_cast<const wchar_t*>(data);
+        const wchar_t* const found = std::wmemchr(begin + from, static_cast<wchar_t>(item),
+                                                  static_cast<std::size_t>(size - from));
+        return found != nullptr ? found - begin : size;
+    } else {
+        return std::find(data + from, data + size, item) - data;
     }
 }
 

@@ -13,8 +13,8 @@ namespace {
 
 constexpr char kSource[] = "internal/KyShader";
 
-unsigned long long lookupKey(const KyShaderParametersMacros& macros, unsigned int context) {
-    return macros.fingerprint() ^ (0x9e3779b97f4a7c15ULL * context);
+unsigned int lookupKey(const KyShaderParametersMacros& macros, unsigned int context) {
+    return static_cast<unsigned int>(macros.fingerprint()) ^ (0x9e3779b9U * context);
 }
 
 }  // namespace
@@ -72,11 +72,19 @@ void KyShader::compileCaching(unsigned int context) {
 }
 
 KyString KyShader::loadFromFile() {
-    if (mSource.length() > 0) return shaderText(mParameters, mSource);
+    const KyString& source = mSharedSource != nullptr ? *mSharedSource : mSource;
+    if (source.length() > 0) return shaderText(mParameters, source);
     const KyShaderExpansion read =
         loadShader(shaderPath(mFolderPath, mFolderName, mFileName).dataPtr());
-    if (read.isComplete) mSource = read.text;
+    if (read.isComplete) keepSource(read.text);
     return shaderText(mParameters, read.text);
+}
+
+void KyShader::keepSource(const KyString& text) {
+    if (mOwner != nullptr && text.length() > 0)
+        mSharedSource = mOwner->share(text);
+    else
+        mSource = text;
 }
 
 // A caching shader's name belongs to one of its entries, which queues it itself.
@@ -102,13 +110,21 @@ bool KyShader::hasParameter(const KyString& macro) const {
 }
 
 bool KyShader::pushParameter(const KyString& macro) {
-    const bool changed = mParameters.pushMacro(macro);
+    return push(KyShaderParametersMacros::Wanted(macro));
+}
+
+bool KyShader::removeParameter(const KyString& macro) {
+    return remove(KyShaderParametersMacros::Wanted(macro));
+}
+
+bool KyShader::push(const KyShaderParametersMacros::Wanted& macro) {
+    const bool changed = mParameters.push(macro);
     if (changed) macrosChanged();
     return changed;
 }
 
-bool KyShader::removeParameter(const KyString& macro) {
-    const bool changed = mParameters.removeMacro(macro);
+bool KyShader::remove(const KyShaderParametersMacros::Wanted& macro) {
+    const bool changed = mParameters.remove(macro);
     if (changed) macrosChanged();
     return changed;
 }
@@ -137,6 +153,9 @@ void KyShader::KyShaderCashing::clear() {
         delete mShaders[i];
     mShaders.resize(0);
     mKeys.resize(0);
+    for (long i = 0; i < mSources.size; ++i)
+        delete mSources[i];
+    mSources.resize(0);
 }
 
 KyShader* KyShader::KyShaderCashing::getVertexShader(const KyShaderParametersMacros& macros,
@@ -151,12 +170,20 @@ KyShader* KyShader::KyShaderCashing::getFragmentShader(const KyShaderParametersM
     return findOrMake<KyFragmentShader>(0, macros, context, file, folder);
 }
 
+const KyString* KyShader::KyShaderCashing::share(const KyString& text) {
+    for (long i = 0; i < mSources.size; ++i)
+        if (compare(*mSources[i], text) == 0) return mSources[i];
+    mSources.reserve(mSources.size + 1);
+    mSources.append(new KyString(text));
+    return mSources[mSources.size - 1];
+}
+
 // Equal keys nearly always mean the entry; what it really holds decides.
 template <typename Shader>
 KyShader* KyShader::KyShaderCashing::findOrMake(int type, const KyShaderParametersMacros& macros,
                                                 unsigned int context, const KyString& file,
                                                 const KyString& folder) {
-    const unsigned long long key = lookupKey(macros, context);
+    const unsigned int key = lookupKey(macros, context);
     for (long i = mKeys.find(key); i < mKeys.size; i = mKeys.find(key, i + 1)) {
         KyShader* const entry = mShaders[i];
         if (entry->mGLContext == context && entry->getType() == type &&

@@ -31,6 +31,7 @@ void KyShaderProgram::create(const KyString& vertexFile, const KyString& fragmen
     mFragmentShader = fragment.release();
     mTechnique = technique.release();
     mFolderName.swap(folderName);
+    setUniformMode(mUniformMode);
 }
 
 // The technique goes first: it points to the shaders.
@@ -52,8 +53,10 @@ bool KyShaderProgram::pushFragmentMacro(const KyString& macro) {
 }
 
 bool KyShaderProgram::pushMacro(const KyString& macro) {
-    pushFragmentMacro(macro);
-    return pushVertexMacro(macro);
+    if (mVertexShader == nullptr) return false;
+    const KyShaderParametersMacros::Wanted wanted(macro);
+    mFragmentShader->push(wanted);
+    return mVertexShader->push(wanted);
 }
 
 bool KyShaderProgram::removeVertexMacro(const KyString& macro) {
@@ -65,8 +68,10 @@ bool KyShaderProgram::removeFragmentMacro(const KyString& macro) {
 }
 
 bool KyShaderProgram::removeMacro(const KyString& macro) {
-    removeFragmentMacro(macro);
-    return removeVertexMacro(macro);
+    if (mVertexShader == nullptr) return false;
+    const KyShaderParametersMacros::Wanted wanted(macro);
+    mFragmentShader->remove(wanted);
+    return mVertexShader->remove(wanted);
 }
 
 void KyShaderProgram::setVertexParameter(const KyShaderParametersMacros& macros) {
@@ -88,6 +93,16 @@ KyShaderUniform* KyShaderProgram::setUniform(const KyString& name, float value) 
 
 KyShaderUniform* KyShaderProgram::setUniform(const KyString& name, int value) {
     return mTechnique != nullptr ? mTechnique->uniforms().setUniform(name, value) : nullptr;
+}
+
+void KyShaderProgram::setUniformMode(UniformMode mode) {
+    mUniformMode = mode;
+    if (mTechnique == nullptr) return;
+    mTechnique->keepUniforms(mode != UniformMode::ByName, mode == UniformMode::ChangesOnly);
+}
+
+void KyShaderProgram::forgetSent() {
+    if (mTechnique != nullptr) mTechnique->forgetSent();
 }
 
 bool KyShaderProgram::applyUniform(const KyString& name, float value) {

@@ -2,6 +2,7 @@
 
 #include "kyglCheck.h"
 #include "KyShaderBuildReport.h"
+#include "KyShaderKeptUniforms.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kyglShaderGLSL.h>
@@ -26,6 +27,8 @@ KyShaderTechnique::~KyShaderTechnique() {
         deleteTechnique();
     } catch (const std::bad_alloc&) {
     }
+    keepUniforms(false, false);
+    delete mKept;
 }
 
 void KyShaderTechnique::setVertexShader(KyShader* shader) {
@@ -101,7 +104,7 @@ void KyShaderTechnique::letGoOfProgram() noexcept {
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
     mBuildFailed = true;  // also where an exception passes
-    const KyShaderTechnique* const entry =
+    KyShaderTechnique* const entry =
         mTechniqueCashing.getTechnique(mVertexShader, mFragmentShader, context);
     if (entry == nullptr) return false;
     if (mOwnsProgram) deleteTechnique();  // from a time with shaders that do not cache
@@ -109,18 +112,66 @@ bool KyShaderTechnique::compileCashing(unsigned int context) {
     mIsUpToDate = entry->mIsUpToDate;
     mProgram = entry->mProgram;
     mGLContext = context;
+    mEntry = entry;
     mBuildFailed = false;
     return true;
 }
 
+// After a failed build the name may be that of another context's program, and after a failed
+// glUseProgram another program may be in use: which one gets the values is not known.
 void KyShaderTechnique::apply(unsigned int context) {
-    compile(context);
-    if (mHasProgram && mIsUpToDate) {
+    if (compile(context)) {
+        const bool isUsed = KYGL_CHECKED(glUseProgram(mProgram), 0).ok();
+        if (mKeepsLocations && isUsed)
+            sendUniforms();
+        else if (isUsed)
+            mUniformParameters.send(mProgram);
+        else
+            mUniformParameters.activate(mProgram);
+    } else if (mHasProgram && mIsUpToDate) {
         KYGL_CHECKED(glUseProgram(mProgram), 0);
         mUniformParameters.activate(mProgram);
     } else {
         KYGL_CHECKED(glUseProgram(0), 0);
     }
+}
+
+void KyShaderTechnique::sendUniforms() {
+    KyShaderKeptUniforms* const kept = mEntry->mKept;
+    if (mKeepsValues && kept != nullptr && kept->isCurrent(mUniformParameters)) return;
+    if (!makeRoomToKeep())
+        mUniformParameters.send(mProgram);
+    else if (mKeepsValues)
+        mEntry->mKept->sendChanges(mUniformParameters, mProgram);
+    else
+        mEntry->mKept->sendAll(mUniformParameters, mProgram);
+}
+
+// Without memory the uniforms are sent by name, and what was known of their values ends.
+bool KyShaderTechnique::makeRoomToKeep() noexcept {
+    try {
+        if (mEntry->mKept == nullptr) mEntry->mKept = new KyShaderKeptUniforms;
+        mEntry->mKept->reserve(mUniformParameters);
+        return true;
+    } catch (const std::bad_alloc&) {
+        if (mEntry->mKept != nullptr) mEntry->mKept->forgetSent();
+        return false;
+    }
+}
+
+void KyShaderTechnique::keepUniforms(bool locations, bool values) {
+    mKeepsLocations = locations;
+    if (values == mKeepsValues) return;
+    mKeepsValues = values;
+    forgetSent();
+    if (values)
+        KyShaderStrayValues::watch();
+    else
+        KyShaderStrayValues::unwatch();
+}
+
+void KyShaderTechnique::forgetSent() {
+    mUniformParameters.mForgotten = ++mUniformParameters.mChanges;
 }
 
 void KyShaderTechnique::unUse() {
@@ -134,7 +185,12 @@ bool KyShaderTechnique::isApplied() {
 }
 
 bool KyShaderTechnique::applyUniform(KyShaderUniform* uniform) {
-    return uniform != nullptr && isApplied() && uniform->activate(mProgram);
+    if (uniform == nullptr || !isApplied()) return false;
+    if (!mKeepsLocations || mBuildFailed || mEntry == nullptr || mEntry->mKept == nullptr)
+        return uniform->activate(mProgram);
+    const int location = mEntry->mKept->location(mUniformParameters.mUniforms.find(uniform));
+    if (location == KyShaderKeptUniforms::kUnknown) return uniform->activate(mProgram);
+    return uniform->activateAt(location);
 }
 
 int KyShaderTechnique::getAttribLocation(const KyString& location) {

@@ -1,16 +1,39 @@
 #include <kygl/KyShaderUniform.h>
 
 #include "kyglCheck.h"
+#include "KyShaderKeptUniforms.h"
 
+#include <cstdint>
+#include <cstring>
 #include <memory>
 
 namespace {
 
 constexpr char kSource[] = "internal/KyShaderUniform";
 
+// Whether two texts of `Bytes` to twice as many bytes are equal: both ends are, which overlap.
+template <std::size_t Bytes>
+bool sameEnds(const char* a, const char* b, std::size_t size) {
+    const std::size_t last = size - Bytes;
+    return std::memcmp(a, b, Bytes) == 0 && std::memcmp(a + last, b + last, Bytes) == 0;
+}
+
+// Whether these are equal texts of up to 32 bytes, as nearly all names are: a few comparisons,
+// where a call takes as long as all the rest of setting a uniform.
+[[gnu::always_inline]] inline bool sameShortText(const KyString& a, const KyString& b) {
+    const auto size = static_cast<std::size_t>(a.size);
+    if (a.size != b.size || size > 32) return false;
+    if (size >= 16) return sameEnds<16>(a.data, b.data, size);
+    if (size >= 8) return sameEnds<8>(a.data, b.data, size);
+    if (size >= 4) return sameEnds<4>(a.data, b.data, size);
+    return size < 2 || sameEnds<2>(a.data, b.data, size);
+}
+
 }  // namespace
 
 KyShaderUniform::KyShaderUniform(const KyString& name) : mName(name) {}
+
+KyShaderUniform::KyShaderUniform(const KyString& name, Type type) : mName(name), mType(type) {}
 
 KyShaderUniform::~KyShaderUniform() = default;
 
@@ -22,10 +45,34 @@ bool KyShaderUniform::isEqual(const KyShaderUniform*) const {
 
 bool KyShaderUniform::activate(unsigned int program) {
     int shaderLocation = -1;
-    KYGL_CHECKED(shaderLocation = glGetUniformLocation(program, mName.dataPtr()), 0);
+    locate(program, shaderLocation);
+    return activateAt(shaderLocation);
+}
+
+// Whatever program is in use.
+bool KyShaderUniform::activateAt(int shaderLocation) {
     if (shaderLocation < 0) return false;
-    KYGL_CHECKED(setUniform(shaderLocation), 1);
+    KyShaderStrayValues::add(shaderLocation);
+    send(shaderLocation);
     return true;
+}
+
+// Whether the check found no error; the location counts in any case.
+bool KyShaderUniform::locate(unsigned int program, int& shaderLocation) const {
+    return KYGL_CHECKED(shaderLocation = glGetUniformLocation(program, mName.dataPtr()), 0).ok();
+}
+
+bool KyShaderUniform::send(int shaderLocation) {
+    return KYGL_CHECKED(setUniform(shaderLocation), 1).ok();
+}
+
+unsigned int KyShaderUniform::bits() const {
+    unsigned int bits = 0;
+    if (mType == Type::Int)
+        std::memcpy(&bits, &static_cast<const KyShaderUniformInt*>(this)->mValue, sizeof bits);
+    else
+        std::memcpy(&bits, &static_cast<const KyShaderUniformFloat*>(this)->mValue, sizeof bits);
+    return bits;
 }
 
 bool operator==(const KyShaderUniform& a, const KyShaderUniform& b) {
@@ -33,7 +80,7 @@ bool operator==(const KyShaderUniform& a, const KyShaderUniform& b) {
 }
 
 KyShaderUniformInt::KyShaderUniformInt(const KyString& name, int value)
-    : KyShaderUniform(name), mValue(value) {}
+    : KyShaderUniform(name, kType), mValue(value) {}
 
 KyShaderUniformInt::~KyShaderUniformInt() = default;
 
@@ -47,7 +94,7 @@ bool KyShaderUniformInt::isEqual(const KyShaderUniform* other) const {
 }
 
 KyShaderUniformFloat::KyShaderUniformFloat(const KyString& name, float value)
-    : KyShaderUniform(name), mValue(value) {}
+    : KyShaderUniform(name, kType), mValue(value) {}
 
 KyShaderUniformFloat::~KyShaderUniformFloat() = default;
 
@@ -68,6 +115,7 @@ void KyShaderParametersUniform::clear() {
     for (long i = 0; i < mUniforms.size; ++i)
         delete mUniforms[i];
     mUniforms.resize(0);
+    ++mChanges;
 }
 
 KyShaderUniform* KyShaderParametersUniform::getUniform(const KyString& name) const {
@@ -87,16 +135,36 @@ KyShaderUniform* KyShaderParametersUniform::setUniform(const KyString& name, int
     return set<KyShaderUniformInt>(name, value);
 }
 
+// Modules set their uniforms in the same order in each frame, so the one after the last is tried
+// first. No two have the same name: one that is found is the first in the set.
 template <typename Uniform, typename Value>
 KyShaderUniform* KyShaderParametersUniform::set(const KyString& name, Value value) {
-    if (KyShaderUniform* const found = getUniform(name)) {
-        auto* const same = dynamic_cast<Uniform*>(found);
-        if (same != nullptr) same->setValue(value);
-        return same;
-    }
+    if (mNext >= mUniforms.size || !sameShortText(mUniforms[mNext]->mName, name))
+        return setOther<Uniform>(name, value);
+    return setAt<Uniform>(mNext, value);
+}
+
+// Out of line, so that the usual road saves no registers.
+template <typename Uniform, typename Value>
+[[gnu::noinline]] KyShaderUniform* KyShaderParametersUniform::setOther(const KyString& name,
+                                                                       Value value) {
+    const bool isNext = mNext < mUniforms.size && compare(mUniforms[mNext]->mName, name) == 0;
+    const long found = isNext ? mNext : find(name);
+    if (found >= 0) return setAt<Uniform>(found, value);
     auto made = std::make_unique<Uniform>(name, value);
     mUniforms.append(made.get());
+    made->mChanges = &mChanges;
+    ++mChanges;
     return made.release();
+}
+
+template <typename Uniform, typename Value>
+KyShaderUniform* KyShaderParametersUniform::setAt(long index, Value value) {
+    mNext = index + 1;
+    KyShaderUniform* const found = mUniforms[index];
+    if (found->mType != Uniform::kType) return nullptr;
+    if (static_cast<Uniform*>(found)->replace(value)) ++mChanges;
+    return found;
 }
 
 bool KyShaderParametersUniform::removeUniform(const KyString& name) {
@@ -104,15 +172,24 @@ bool KyShaderParametersUniform::removeUniform(const KyString& name) {
     if (found < 0) return false;
     delete mUniforms[found];
     mUniforms.remove(found);
+    ++mChanges;
     return true;
 }
 
-// Flattened, because this loop is the greater part of a steady apply: a call for each uniform adds
-// a third to what the library does beside the GL.
-__attribute__((flatten)) void KyShaderParametersUniform::activate(unsigned int program) {
+void KyShaderParametersUniform::activate(unsigned int program) {
+    for (long i = 0; i < mUniforms.size; ++i)
+        mUniforms[i]->activate(program);
+}
+
+// To a program that is known to be in use. Flattened, because this loop is the greater part of a
+// steady apply: a call for each uniform adds a third to what the library does beside the GL.
+__attribute__((flatten)) void KyShaderParametersUniform::send(unsigned int program) const {
     KyShaderUniform* const* const end = mUniforms.data + mUniforms.size;
-    for (KyShaderUniform* const* it = mUniforms.data; it != end; ++it)
-        (*it)->activate(program);
+    for (KyShaderUniform* const* it = mUniforms.data; it != end; ++it) {
+        int shaderLocation = -1;
+        (*it)->locate(program, shaderLocation);
+        if (shaderLocation >= 0) (*it)->send(shaderLocation);
+    }
 }
 
 long KyShaderParametersUniform::find(const KyString& name) const {

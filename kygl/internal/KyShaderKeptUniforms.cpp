@@ -1,0 +1,97 @@
+#include "KyShaderKeptUniforms.h"
+
+std::atomic<unsigned int> KyShaderStrayValues::sWatchers{0};
+std::atomic<unsigned long long> KyShaderStrayValues::sCount{0};
+std::array<std::atomic<unsigned long long>, 64> KyShaderStrayValues::sLast{};
+
+// Of several threads the latest wins, whichever writes last.
+void KyShaderStrayValues::record(int location) {
+    const unsigned long long count = sCount.fetch_add(1, std::memory_order_relaxed) + 1;
+    std::atomic<unsigned long long>& latest = last(location);
+    unsigned long long known = latest.load(std::memory_order_relaxed);
+    while (known < count &&
+           !latest.compare_exchange_weak(known, count, std::memory_order_relaxed)) {
+    }
+}
+
+void KyShaderKeptUniforms::reserve(const KyShaderParametersUniform& uniforms) {
+    if (mKept.size < uniforms.mUniforms.size) mKept.resize(uniforms.mUniforms.size);
+}
+
+void KyShaderKeptUniforms::sendAll(const KyShaderParametersUniform& uniforms,
+                                   unsigned int program) {
+    for (long i = 0; i < uniforms.mUniforms.size; ++i) {
+        KyShaderUniform& uniform = *uniforms.mUniforms[i];
+        const int location = locate(i, uniform, program);
+        if (location >= 0) uniform.send(location);
+    }
+}
+
+void KyShaderKeptUniforms::sendChanges(const KyShaderParametersUniform& uniforms,
+                                       unsigned int program) {
+    mChanges = kNever;  // also where an exception passes
+    forgetWhatIsUncertain(uniforms);
+    bool isComplete = true;
+    for (long i = 0; i < uniforms.mUniforms.size; ++i)
+        if (!sendChange(i, *uniforms.mUniforms[i], program)) isComplete = false;
+    if (isComplete) mChanges = uniforms.mChanges;
+}
+
+// Whether it is certain that the program holds the value now, or lacks the uniform.
+bool KyShaderKeptUniforms::sendChange(long index, KyShaderUniform& uniform, unsigned int program) {
+    const int location = locate(index, uniform, program);
+    const bool isKept = mKept[index].location != kUnknown;
+    if (location < 0) return isKept;
+    if (!isKept) {
+        forgetSentAt(location);
+        uniform.send(location);
+        return false;
+    }
+    Kept& value = mKept[mKept[index].place];
+    const unsigned int bits = uniform.bits();
+    if (value.type == uniform.mType && value.bits == bits) return true;
+    value.type = KyShaderUniform::Type::Other;
+    if (!uniform.send(location)) return false;
+    value.type = uniform.mType;
+    value.bits = bits;
+    return true;
+}
+
+// A lookup whose check found an error counts this once.
+int KyShaderKeptUniforms::locate(long index, const KyShaderUniform& uniform, unsigned int program) {
+    int location = mKept[index].location;
+    if (location == kUnknown && uniform.locate(program, location)) keepLocation(index, location);
+    return location;
+}
+
+void KyShaderKeptUniforms::keepLocation(long index, int location) {
+    int place = static_cast<int>(index);
+    for (long i = 0; i < mKept.size && location >= 0; ++i)
+        if (mKept[i].location == location) place = mKept[i].place;
+    mKept[index] = {location, place};
+}
+
+void KyShaderKeptUniforms::forgetSent() {
+    for (long i = 0; i < mKept.size; ++i)
+        mKept[i].type = KyShaderUniform::Type::Other;
+    mChanges = kNever;
+}
+
+void KyShaderKeptUniforms::forgetSentAt(int location) {
+    for (long i = 0; i < mKept.size; ++i)
+        if (mKept[i].location == location)
+            mKept[mKept[i].place].type = KyShaderUniform::Type::Other;
+}
+
+void KyShaderKeptUniforms::forgetWhatIsUncertain(const KyShaderParametersUniform& uniforms) {
+    const unsigned long long strays = KyShaderStrayValues::count();
+    if (mForgotten != uniforms.mForgotten) {
+        forgetSent();
+    } else if (mStrays != strays) {
+        for (long i = 0; i < mKept.size; ++i)
+            if (KyShaderStrayValues::hasAny(mKept[i].location, mStrays))
+                forgetSentAt(mKept[i].location);
+    }
+    mForgotten = uniforms.mForgotten;
+    mStrays = strays;
+}
