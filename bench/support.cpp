@@ -20,7 +20,7 @@ std::map<std::string, std::function<void(long)>>& countable() {
 // The program's own functions take the place of the C library's for every library in the process;
 // `operator new` ends there too.
 extern "C" void* __libc_malloc(std::size_t size) noexcept;
-extern "C" void* __libc_calloc(std::size_t count, std::size_t size) noexcept;
+extern "C" void* __libc_calloc(std::size_t nmemb, std::size_t size) noexcept;
 extern "C" void* __libc_realloc(void* ptr, std::size_t size) noexcept;
 extern "C" void __libc_free(void* ptr) noexcept;
 
@@ -58,10 +58,10 @@ extern "C" void* malloc(std::size_t size) noexcept {
     return __libc_malloc(size);
 }
 
-extern "C" void* calloc(std::size_t count, std::size_t size) noexcept {
+extern "C" void* calloc(std::size_t nmemb, std::size_t size) noexcept {
     ++tAllocations;
-    if (tCountsBytes) return withBytes(__libc_calloc(count, size));
-    return __libc_calloc(count, size);
+    if (tCountsBytes) return withBytes(__libc_calloc(nmemb, size));
+    return __libc_calloc(nmemb, size);
 }
 
 extern "C" void* realloc(void* ptr, std::size_t size) noexcept {

@@ -1,9 +1,9 @@
-# Puts what was measured into a page: every part of it that stands between
+# Puts what was measured into a page: every part of it between
 #     <!-- figures NAME: REGEX --> and <!-- end -->
-# becomes a picture and a table of the figures whose library side matches, or whose unit is what
-# stands behind an @, and the part behind
+# becomes a picture and a table of the figures whose library side matches, the instructions if an @
+# precedes REGEX and everything else if not, and the part after
 #     <!-- machine -->
-# tells where they were measured. The rows of each picture go to plots/NAME, for plots.gp.
+# reports where they were measured. The rows of each picture go to plots/NAME, for plots.gp.
 #     awk -f tables.awk -v plots=FOLDER machine ratios.tsv counts.tsv PAGE
 # A figure: side, its value, peer, its value, ratio or difference, target or 0, unit.
 BEGIN { FS = "\t" }
@@ -30,12 +30,13 @@ inside {
     inside = 1
 }
 
-function section(name, pattern,    i) {
+function section(name, regex,    counts, i) {
+    counts = sub(/^@/, "", regex)
     rows = 0
     table = ""
     for (i = 1; i <= count; ++i) {
         split(figures[i], f, "\t")
-        if (pattern == "@" f[7] || (f[1] ~ pattern && f[7] != "instructions")) row(plots "/" name)
+        if (f[1] ~ regex && (f[7] == "instructions") == counts) row(plots "/" name)
     }
     if (rows == 0) {
         print "tables.awk: no figures for " name > "/dev/stderr"
@@ -52,12 +53,12 @@ function row(file,    target, ratio, bound, verdict) {
     f_unit = f[7]
     target = ""
     bound = f[6]
-    ratio = sprintf("%.2f", f[5])
+    ratio = sprintf(f[5] < 100 ? "%.2f" : "%.0f", f[5])
     if (f[7] == "ns") {
         ratio = span(f[5])
         if (bound > 0) target = span(bound)
-    } else if (f[7] == "instructions") {
-        if (bound > 0) target = thousands(bound)
+    } else if (f[7] != "x") {
+        if (bound > 0) target = amount(bound)
         bound /= f[4]
     } else if (bound > 0) {
         target = bound
@@ -87,8 +88,12 @@ function beside(side, peer,    ours) {
     return substr(peer, length(ours) + 2)
 }
 
-function amount(value) { return f[7] == "instructions" ? thousands(value) : span(value) }
+function amount(value) {
+    if (f[7] == "bytes") return thousands(value) " bytes"
+    return f[7] == "instructions" ? thousands(value) : span(value)
+}
 function thousands(value) {
+    value = int(value + 0.5)
     return value < 1000 ? value : sprintf("%d,%03d", int(value / 1000), value % 1000)
 }
 function span(ns) {
