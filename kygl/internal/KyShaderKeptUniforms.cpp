@@ -1,5 +1,7 @@
 #include "KyShaderKeptUniforms.h"
 
+#include "KyShaderUniformCalls.h"
+
 std::atomic<unsigned int> KyShaderStrayValues::sWatchers{0};
 std::atomic<unsigned long long> KyShaderStrayValues::sCount{0};
 std::array<std::atomic<unsigned long long>, 64> KyShaderStrayValues::sLast{};
@@ -18,12 +20,16 @@ void KyShaderKeptUniforms::reserve(const KyShaderParametersUniform& uniforms) {
     if (mKept.size < uniforms.mUniforms.size) mKept.resize(uniforms.mUniforms.size);
 }
 
-void KyShaderKeptUniforms::sendAll(const KyShaderParametersUniform& uniforms,
-                                   unsigned int program) {
-    for (long i = 0; i < uniforms.mUniforms.size; ++i) {
-        KyShaderUniform& uniform = *uniforms.mUniforms[i];
-        const int location = locate(i, uniform, program);
-        if (location >= 0) uniform.send(location);
+// As lean as `KyShaderParametersUniform::send`: nothing that a call could change is read again.
+__attribute__((flatten)) void KyShaderKeptUniforms::sendAll(
+    const KyShaderParametersUniform& uniforms, unsigned int program) {
+    KyShaderUniform* const* const begin = uniforms.mUniforms.data;
+    KyShaderUniform* const* const end = begin + uniforms.mUniforms.size;
+    const Kept* kept = mKept.data;
+    for (KyShaderUniform* const* it = begin; it != end; ++it, ++kept) {
+        int location = kept->location;
+        if (location == kUnknown) location = locate(it - begin, **it, program);
+        if (location >= 0) (*it)->send(location);
     }
 }
 
@@ -39,7 +45,8 @@ void KyShaderKeptUniforms::sendChanges(const KyShaderParametersUniform& uniforms
 
 // Whether it is certain that the program holds the value now, or lacks the uniform.
 bool KyShaderKeptUniforms::sendChange(long index, KyShaderUniform& uniform, unsigned int program) {
-    const int location = locate(index, uniform, program);
+    int location = mKept[index].location;
+    if (location == kUnknown) location = locate(index, uniform, program);
     const bool isKept = mKept[index].location != kUnknown;
     if (location < 0) return isKept;
     if (!isKept) {
@@ -58,9 +65,10 @@ bool KyShaderKeptUniforms::sendChange(long index, KyShaderUniform& uniform, unsi
 }
 
 // A lookup whose check found an error counts this once.
-int KyShaderKeptUniforms::locate(long index, const KyShaderUniform& uniform, unsigned int program) {
-    int location = mKept[index].location;
-    if (location == kUnknown && uniform.locate(program, location)) keepLocation(index, location);
+[[gnu::noinline]] int KyShaderKeptUniforms::locate(long index, const KyShaderUniform& uniform,
+                                                   unsigned int program) {
+    int location = kUnknown;
+    if (uniform.locate(program, location)) keepLocation(index, location);
     return location;
 }
 

@@ -1,15 +1,13 @@
 #include <kygl/KyShaderUniform.h>
 
-#include "kyglCheck.h"
 #include "KyShaderKeptUniforms.h"
+#include "KyShaderUniformCalls.h"
 
 #include <cstdint>
 #include <cstring>
 #include <memory>
 
 namespace {
-
-constexpr char kSource[] = "internal/KyShaderUniform";
 
 // Whether two texts of `Bytes` to twice as many bytes are equal: both ends are, which overlap.
 template <std::size_t Bytes>
@@ -55,15 +53,6 @@ bool KyShaderUniform::activateAt(int shaderLocation) {
     KyShaderStrayValues::add(shaderLocation);
     send(shaderLocation);
     return true;
-}
-
-// Whether the check found no error; the location counts in any case.
-bool KyShaderUniform::locate(unsigned int program, int& shaderLocation) const {
-    return KYGL_CHECKED(shaderLocation = glGetUniformLocation(program, mName.dataPtr()), 0).ok();
-}
-
-bool KyShaderUniform::send(int shaderLocation) {
-    return KYGL_CHECKED(setUniform(shaderLocation), 1).ok();
 }
 
 unsigned int KyShaderUniform::bits() const {
