@@ -15,6 +15,8 @@
 
 namespace {
 
+using UniformMode = KyShaderProgram::UniformMode;
+
 constexpr unsigned int kContext = 1;
 constexpr const char* kVertex = "void main() { gl_Position = gl_Vertex; }\n";
 
@@ -37,7 +39,7 @@ struct Library {
     GL gl;
     KyShaderProgram program;
 
-    explicit Library(int uniforms) {
+    explicit Library(int uniforms, UniformMode mode = UniformMode::ByName) {
         writeShader("apply.vert", kVertex);
         writeShader("apply.frag", fragmentText(uniforms));
         program.create("apply.vert", "apply.frag", "bench");
@@ -45,6 +47,7 @@ struct Library {
         program.pushMacro("LIGHTS 3");
         for (int i = 0; i < uniforms; ++i)
             program.setUniform(uniformName(i).c_str(), 0.5F);
+        program.setUniformMode(mode);
         if (!program.compile(kContext)) throw std::runtime_error("the program does not build");
     }
 
@@ -71,7 +74,8 @@ template <typename GL>
 struct Named : Library<GL> {
     std::vector<KyString> names;
 
-    explicit Named(int uniforms) : Library<GL>(uniforms) {
+    explicit Named(int uniforms, UniformMode mode = UniformMode::ByName)
+        : Library<GL>(uniforms, mode) {
         for (int i = 0; i < uniforms; ++i)
             names.emplace_back(uniformName(i).c_str());
     }
@@ -87,7 +91,8 @@ template <typename GL>
 struct Kept : Library<GL> {
     std::vector<KyShaderUniformFloat*> kept;
 
-    explicit Kept(int uniforms) : Library<GL>(uniforms) {
+    explicit Kept(int uniforms, UniformMode mode = UniformMode::ByName)
+        : Library<GL>(uniforms, mode) {
         for (int i = 0; i < uniforms; ++i)
             kept.push_back(dynamic_cast<KyShaderUniformFloat*>(
                 this->program.setUniform(uniformName(i).c_str(), 0.5F)));
@@ -157,6 +162,17 @@ struct Changing : Side {
     }
 };
 
+// Sets each uniform to the value that it has before each step.
+template <typename Side>
+struct Setting : Side {
+    using Side::Side;
+
+    void operator()() {
+        Side::set(0.5F);
+        Side::operator()();
+    }
+};
+
 struct Table {
     struct Key {
         unsigned int context;
@@ -191,6 +207,20 @@ void addChanging(const std::string& name, int uniforms, double limit) {
     addRatio({name + "/kept", name + "/raw", limit});
 }
 
+// The modes that save GL calls, beside the calls by name.
+template <typename GL>
+void addModes(const std::string& suffix, double keptLimit, double changesLimit) {
+    const std::string kept = "keptLocations16" + suffix;
+    addSide(kept + "/library", [] { return Changing<Kept<GL>>(16, UniformMode::KeptLocations); });
+    addRatio({kept + "/library", "changing16" + suffix + "/raw", keptLimit});
+
+    const std::string changes = "changesOnly16" + suffix;
+    addSide(changes + "/library", [] { return Library<GL>(16, UniformMode::ChangesOnly); });
+    addSide(changes + "/again", [] { return Setting<Named<GL>>(16, UniformMode::ChangesOnly); });
+    addRatio({changes + "/library", "apply16" + suffix + "/raw", changesLimit});
+    addRatio({changes + "/again", "changing16" + suffix + "/raw"});
+}
+
 }  // namespace
 
 void addApply() {
@@ -216,4 +246,6 @@ void addApply() {
         addChanging<NoOpGL>(name, uniforms, 0);
         addChanging<RealGL>(name + "Driver", uniforms, 1.05);
     }
+    addModes<NoOpGL>("", 0, 0);
+    addModes<RealGL>("Driver", 0.58, 0.20);
 }
