@@ -105,12 +105,15 @@ struct Anew : Switcher {
 
 // A caller that has two texts for each place of a set and keeps the order: what follows the first
 // macro that changes is removed and pushed as well. The bits of its number make a set, the lowest
-// one at the last place.
+// one at the first place that varies, so that each switch moves all places that do: 1, 4 and 7.
 struct Restored : Switcher {
     static constexpr std::size_t kPlaces = 7;
     std::vector<KyString> macros[2];
+    std::size_t fixedPlaces = kPlaces;
 
     explicit Restored(std::size_t sets) : Switcher(sets) {
+        for (std::size_t i = 1; i < sets; i *= 2)
+            --fixedPlaces;
         for (const char* const text :
              {"CLIP", "FOG", "NORMAL_MAP", "SHADOWS 2", "CONTOURS", "PALETTE 256", "LIGHTS 3"}) {
             macros[0].emplace_back((std::string("NO_") + text).c_str());
@@ -123,7 +126,7 @@ struct Restored : Switcher {
     }
 
     const KyString& macro(std::size_t set, std::size_t place) const {
-        return macros[set >> (kPlaces - 1 - place) & 1][place];
+        return macros[place < fixedPlaces ? 0 : set >> (place - fixedPlaces) & 1][place];
     }
 
     void operator()() {

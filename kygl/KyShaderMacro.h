@@ -68,9 +68,13 @@ public:
     long count() const { return mMacros.size; }
 
     /// A number that is the same for equal sets, so that two sets with different numbers need no
-    /// further look. Kept up to date by every change; order counts.
+    /// further look; order counts. It takes a step for each macro after the place of the last
+    /// removal, none for those that were pushed after it.
     unsigned long long fingerprint() const {
-        return mMacros.size > 0 ? mMacros[mMacros.size - 1].fingerprint : 0;
+        unsigned long long fingerprint = mFingerprint;
+        for (long i = mFingerprinted; i < mMacros.size; ++i)
+            fingerprint = extend(fingerprint, mMacros[i].hash);
+        return fingerprint;
     }
 
 private:
@@ -80,28 +84,40 @@ private:
 
     struct Macro {
         unsigned long long hash;
-        unsigned long long fingerprint;  ///< of the macros up to this one
-        long length;                     ///< of the text
-        long end;                        ///< of its line in `mLines`
+        long length;  ///< of the text
+        long end;     ///< of its line in `mLines`
     };
 
     // A text with what a set needs to find it: worked out once where two stages are asked.
-    struct KYGL_LOCAL Wanted {
-        explicit Wanted(const KyString& text);
-
+    struct Wanted {
         const char* text;
         std::size_t shown;  // bytes up to the first NUL, all that a line contains
         long length;
         unsigned long long hash;
     };
-    KYGL_LOCAL bool push(const Wanted& wanted);
-    KYGL_LOCAL bool remove(const Wanted& wanted);
-    KYGL_LOCAL long find(const Wanted& wanted) const;
-    KYGL_LOCAL bool isAt(long index, const Wanted& wanted) const;
+    KYGL_LOCAL static Wanted wanted(const KyString& text);
+    KYGL_LOCAL bool push(const Wanted& macro);
+    KYGL_LOCAL bool remove(const Wanted& macro);
+    KYGL_LOCAL long find(const Wanted& macro) const;
+    KYGL_LOCAL bool isAt(long index, const Wanted& macro) const;
     KYGL_LOCAL long lineBegin(long index) const { return index > 0 ? mMacros[index - 1].end : 0; }
 
+    // The same hashes in another order give another number. The last one can be taken out again.
+    ///@{
+    static unsigned long long extend(unsigned long long fingerprint, unsigned long long hash) {
+        const unsigned long long product = (fingerprint ^ (hash + 1)) * 0x9e3779b97f4a7c15ULL;
+        return product << 32 | product >> 32;
+    }
+    static unsigned long long retract(unsigned long long fingerprint, unsigned long long hash) {
+        const unsigned long long product = fingerprint << 32 | fingerprint >> 32;
+        return (product * 0xf1de83e19937733dULL) ^ (hash + 1);
+    }
+    ///@}
+
     KyDArray<Macro> mMacros;
-    KyDArray<char> mLines;  ///< what `getDefineMacros` returns
+    KyDArray<char> mLines;                ///< what `getDefineMacros` returns
+    unsigned long long mFingerprint = 0;  ///< of the first `mFingerprinted` macros
+    long mFingerprinted = 0;
 };
 
 /// Same macros in the same order.

@@ -46,6 +46,15 @@ protected:
     enum class Type : unsigned char { Other, Int, Float };
     /// Copies the name.
     KyShaderUniform(const KyString& name, Type type);
+    /// The bits of a value, by which a change is known: those of two floats may differ although the
+    /// floats are equal.
+    template <typename Value>
+    static unsigned int bitsOf(Value value) {
+        static_assert(sizeof value == sizeof(unsigned int));
+        unsigned int bits = 0;
+        std::memcpy(&bits, &value, sizeof bits);
+        return bits;
+    }
     /// Counts a change in the set that the uniform belongs to, if there is one.
     void valueChanged() {
         if (mChanges != nullptr) ++*mChanges;
@@ -89,7 +98,7 @@ private:
 
     // Whether the bits differ.
     bool replace(int value) {
-        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        const bool differs = bitsOf(mValue) != bitsOf(value);
         mValue = value;
         return differs;
     }
@@ -118,7 +127,7 @@ private:
 
     // Whether the bits differ.
     bool replace(float value) {
-        const bool differs = std::memcmp(&mValue, &value, sizeof value) != 0;
+        const bool differs = bitsOf(mValue) != bitsOf(value);
         mValue = value;
         return differs;
     }

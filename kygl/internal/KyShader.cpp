@@ -110,11 +110,11 @@ bool KyShader::hasParameter(const KyString& macro) const {
 }
 
 bool KyShader::pushParameter(const KyString& macro) {
-    return push(KyShaderParametersMacros::Wanted(macro));
+    return push(KyShaderParametersMacros::wanted(macro));
 }
 
 bool KyShader::removeParameter(const KyString& macro) {
-    return remove(KyShaderParametersMacros::Wanted(macro));
+    return remove(KyShaderParametersMacros::wanted(macro));
 }
 
 bool KyShader::push(const KyShaderParametersMacros::Wanted& macro) {

@@ -13,12 +13,6 @@ constexpr std::string_view kDefine = "#define ";
 constexpr long kUsualMacros = 8;
 constexpr long kUsualBytes = 240;
 
-// Order counts: the same hashes in another order give another number.
-unsigned long long extend(unsigned long long fingerprint, unsigned long long hash) {
-    fingerprint = (fingerprint + hash + 1) * 0x9e3779b97f4a7c15ULL;
-    return fingerprint ^ (fingerprint >> 29);
-}
-
 template <typename T>
 void copyInto(KyDArray<T>& array, const KyDArray<T>& other) {
     array.size = other.size;
@@ -53,24 +47,28 @@ KyShaderParametersMacros& KyShaderParametersMacros::operator=(
     mLines.reserve(other.mLines.size);
     copyInto(mMacros, other.mMacros);
     copyInto(mLines, other.mLines);
+    mFingerprint = other.mFingerprint;
+    mFingerprinted = other.mFingerprinted;
     return *this;
 }
 
 void KyShaderParametersMacros::clear() {
     mMacros.resize(0);
     mLines.resize(0);
+    mFingerprint = 0;
+    mFingerprinted = 0;
 }
 
 bool KyShaderParametersMacros::hasMacro(const KyString& text) const {
-    return find(Wanted(text)) >= 0;
+    return find(wanted(text)) >= 0;
 }
 
 bool KyShaderParametersMacros::pushMacro(const KyString& text) {
-    return push(Wanted(text));
+    return push(wanted(text));
 }
 
 bool KyShaderParametersMacros::removeMacro(const KyString& text) {
-    return remove(Wanted(text));
+    return remove(wanted(text));
 }
 
 KyString KyShaderParametersMacros::getDefineMacros() const {
@@ -82,44 +80,48 @@ KyString KyShaderParametersMacros::getDefineMacros() const {
     return block;
 }
 
-KyShaderParametersMacros::Wanted::Wanted(const KyString& wanted)
-    : text(wanted.dataPtr()),
-      shown(std::strlen(text)),
-      length(wanted.length()),
-      hash(kyhash(text)) {}
+KyShaderParametersMacros::Wanted KyShaderParametersMacros::wanted(const KyString& text) {
+    const std::size_t shown = std::strlen(text.dataPtr());
+    return {text.dataPtr(), shown, text.length(), kyhash(text.dataPtr())};
+}
 
-bool KyShaderParametersMacros::push(const Wanted& wanted) {
-    if (find(wanted) >= 0) return false;
+bool KyShaderParametersMacros::push(const Wanted& macro) {
+    if (find(macro) >= 0) return false;
     if (mMacros.capacity == 0) {
         mMacros.reserve(kUsualMacros);
         mLines.reserve(kUsualBytes);
     }
     const long begin = mLines.size;
-    const long end = begin + static_cast<long>(kDefine.size() + wanted.shown) + 1;
+    const long end = begin + static_cast<long>(kDefine.size() + macro.shown) + 1;
     mMacros.reserve(mMacros.size + 1);
-    mLines.resize(end);
+    mLines.reserve(end);
     char* const line = mLines.data + begin;
     kDefine.copy(line, kDefine.size());
-    std::memcpy(line + kDefine.size(), wanted.text, wanted.shown);
+    std::memcpy(line + kDefine.size(), macro.text, macro.shown);
     mLines[end - 1] = '\n';
-    mMacros.append({wanted.hash, extend(fingerprint(), wanted.hash), wanted.length, end});
+    mLines.size = end;
+    if (mFingerprinted == mMacros.size) {
+        mFingerprint = extend(mFingerprint, macro.hash);
+        ++mFingerprinted;
+    }
+    mMacros[mMacros.size++] = {macro.hash, macro.length, end};
     return true;
 }
 
-bool KyShaderParametersMacros::remove(const Wanted& wanted) {
-    const long found = find(wanted);
+bool KyShaderParametersMacros::remove(const Wanted& macro) {
+    const long found = find(macro);
     if (found < 0) return false;
+    while (mFingerprinted > found)
+        mFingerprint = retract(mFingerprint, mMacros[--mFingerprinted].hash);
     const long begin = lineBegin(found);
     const long end = mMacros[found].end;
     if (end < mLines.size)
         std::memmove(mLines.data + begin, mLines.data + end,
                      static_cast<std::size_t>(mLines.size - end));
     mLines.size -= end - begin;
-    mMacros.remove(found);
-    unsigned long long fingerprint = found > 0 ? mMacros[found - 1].fingerprint : 0;
+    --mMacros.size;
     for (long i = found; i < mMacros.size; ++i) {
-        fingerprint = extend(fingerprint, mMacros[i].hash);
-        mMacros[i].fingerprint = fingerprint;
+        mMacros[i] = mMacros[i + 1];
         mMacros[i].end -= end - begin;
     }
     return true;
@@ -127,23 +129,24 @@ bool KyShaderParametersMacros::remove(const Wanted& wanted) {
 
 // Texts are equal if they have the same length and the same bytes up to their first NUL. From the
 // end, because the macros that come and go are the last ones.
-long KyShaderParametersMacros::find(const Wanted& wanted) const {
-    for (long i = mMacros.size - 1; i >= 0; --i)
-        if (mMacros[i].hash == wanted.hash && isAt(i, wanted)) return i;
+long KyShaderParametersMacros::find(const Wanted& macro) const {
+    const Macro* const begin = mMacros.data;
+    for (const Macro* at = begin + mMacros.size; at != begin;)
+        if ((--at)->hash == macro.hash && isAt(at - begin, macro)) return at - begin;
     return -1;
 }
 
 // Out of line, so that a search that finds nothing, as before each push, saves no registers.
-[[gnu::noinline]] bool KyShaderParametersMacros::isAt(long index, const Wanted& wanted) const {
+[[gnu::noinline]] bool KyShaderParametersMacros::isAt(long index, const Wanted& macro) const {
     const long begin = lineBegin(index) + static_cast<long>(kDefine.size());
-    return mMacros[index].length == wanted.length &&
-           mMacros[index].end - 1 - begin == static_cast<long>(wanted.shown) &&
-           std::memcmp(mLines.data + begin, wanted.text, wanted.shown) == 0;
+    return mMacros[index].length == macro.length &&
+           mMacros[index].end - 1 - begin == static_cast<long>(macro.shown) &&
+           std::memcmp(mLines.data + begin, macro.text, macro.shown) == 0;
 }
 
 bool operator==(const KyShaderParametersMacros& a, const KyShaderParametersMacros& b) {
     if (a.mMacros.size != b.mMacros.size || a.mLines.size != b.mLines.size) return false;
-    if (a.mMacros.size == 0) return true;
-    return a.fingerprint() == b.fingerprint() && sameBytes(a.mMacros, b.mMacros) &&
-           sameBytes(a.mLines, b.mLines);
+    if (a.mFingerprinted == b.mFingerprinted && a.mFingerprint != b.mFingerprint) return false;
+    return a.mMacros.size == 0 ||
+           (sameBytes(a.mMacros, b.mMacros) && sameBytes(a.mLines, b.mLines));
 }

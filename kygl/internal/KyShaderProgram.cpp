@@ -54,7 +54,7 @@ bool KyShaderProgram::pushFragmentMacro(const KyString& macro) {
 
 bool KyShaderProgram::pushMacro(const KyString& macro) {
     if (mVertexShader == nullptr) return false;
-    const KyShaderParametersMacros::Wanted wanted(macro);
+    const auto wanted = KyShaderParametersMacros::wanted(macro);
     mFragmentShader->push(wanted);
     return mVertexShader->push(wanted);
 }
@@ -69,7 +69,7 @@ bool KyShaderProgram::removeFragmentMacro(const KyString& macro) {
 
 bool KyShaderProgram::removeMacro(const KyString& macro) {
     if (mVertexShader == nullptr) return false;
-    const KyShaderParametersMacros::Wanted wanted(macro);
+    const auto wanted = KyShaderParametersMacros::wanted(macro);
     mFragmentShader->remove(wanted);
     return mVertexShader->remove(wanted);
 }
