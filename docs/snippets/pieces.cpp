@@ -9,6 +9,7 @@
 #include <kygl/KyShaderProgram.h>
 #include <kygl/KyTexture.h>
 #include <sogl/SoError.h>
+#include <sogl/SoGLEW.h>
 
 #include <algorithm>
 #include <array>
@@ -191,6 +192,31 @@ TEST_F(Guide, sendsUniforms) {
     EXPECT_EQ(pixelAt(32, 32), kInk);
     EXPECT_EQ(pixelAt(60, 32), kPaper);
     EXPECT_EQ(program.setUniform("radius", 2), nullptr);
+}
+
+TEST_F(Guide, sendsOnlyWhatChanged) {
+    program.setUniform("radius", 2.0F);
+    program.compile(3);
+    //! [uniformMode]
+    program.setUniformMode(KyShaderProgram::UniformMode::ChangesOnly);
+    program.apply(3);  // asks for each location once, and sends each value
+    program.apply(3);  // sends nothing
+    program.setUniform("radius", 0.5F);
+    program.apply(3);  // sends the radius
+    //! [uniformMode]
+    GLint name = 0;
+    glGetIntegerv(GL_CURRENT_PROGRAM, &name);
+    const GLint radiusLocation = glGetUniformLocation(static_cast<GLuint>(name), "radius");
+    //! [uniformMode]
+
+    glUniform1f(radiusLocation, 2.0F);  // the application's own call,
+    program.forgetSent();               // after which nothing counts as sent
+    //! [uniformMode]
+    program.apply(3);
+    glRectf(-1, -1, 1, 1);
+    program.unUse();
+    EXPECT_EQ(pixelAt(32, 32), kInk);
+    EXPECT_EQ(pixelAt(60, 32), kPaper);
 }
 
 TEST_F(Guide, drawsText) {
