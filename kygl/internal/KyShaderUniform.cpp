@@ -9,6 +9,12 @@
 
 namespace {
 
+// The uniform as what its type says that it is: a dynamic cast takes ten times as long.
+template <typename Derived, typename Uniform>
+Derived* as(Uniform* uniform) {
+    return static_cast<Derived*>(uniform);
+}
+
 // Whether two texts of `Bytes` to twice as many bytes are equal: both ends are, which overlap.
 template <std::size_t Bytes>
 bool sameEnds(const char* a, const char* b, std::size_t size) {
@@ -56,8 +62,8 @@ bool KyShaderUniform::activateAt(int shaderLocation) {
 }
 
 unsigned int KyShaderUniform::bits() const {
-    return mType == Type::Int ? bitsOf(static_cast<const KyShaderUniformInt*>(this)->mValue)
-                              : bitsOf(static_cast<const KyShaderUniformFloat*>(this)->mValue);
+    return mType == Type::Int ? bitsOf(as<const KyShaderUniformInt>(this)->mValue)
+                              : bitsOf(as<const KyShaderUniformFloat>(this)->mValue);
 }
 
 bool operator==(const KyShaderUniform& a, const KyShaderUniform& b) {
@@ -148,7 +154,7 @@ KyShaderUniform* KyShaderParametersUniform::setAt(long index, Value value) {
     mNext = index + 1;
     KyShaderUniform* const found = mUniforms[index];
     if (found->mType != Uniform::kType) return nullptr;
-    if (static_cast<Uniform*>(found)->replace(value)) ++mChanges;
+    if (as<Uniform>(found)->replace(value)) ++mChanges;
     return found;
 }
 
