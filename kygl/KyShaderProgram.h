@@ -74,7 +74,7 @@ public:
     void setParameter(const KyShaderParametersMacros& macros);
     ///@}
 
-    /// Stores a uniform, to be sent at every `apply`.
+    /// Stores a uniform, which `apply` sends as the mode of `setUniformMode` specifies.
     /// @return the uniform, which belongs to the program and lives until `create`, `deleteProgram`
     ///     or the program's end; null when the name holds the other type
     ///@{
@@ -95,24 +95,25 @@ public:
         /// that program. What the program holds is unknown, and sent again, where a check found an
         /// error, and for a uniform at the location of one that this or any other program has sent
         /// by `applyUniform` or `KyShaderUniform::activate`: the library does not ask which program
-        /// was in use. A uniform that is sent by GL calls of the application's own takes a
-        /// `forgetSent` before the next `apply`.
+        /// was in use. After a uniform was sent by GL calls of the application's own, or by
+        /// `KyShaderUniform::setUniform`, the next `apply` needs a `forgetSent` before it.
         ChangesOnly,
     };
     /// Sets the mode, `ByName` at the start. It may be set before `create`, survives it, and may
     /// change at any time. Makes no GL call.
     ///
-    /// A program that was built, as long as it lives, takes 16 bytes for each uniform in the modes
-    /// that keep something, allocated when it is first applied in such a mode and when uniforms
-    /// were added. Without memory for that `apply` sends by name.
+    /// A program that was built, as long as it lives, takes 48 bytes and 16 for each uniform in the
+    /// modes that keep something, allocated when it is first applied in such a mode and when
+    /// uniforms were added. Without memory for that `apply` sends by name.
     void setUniformMode(UniformMode mode);
 
     /// Nothing counts as sent any more, in none of the programs that this object has built: each of
     /// them gets every uniform at its next `apply`.
     void forgetSent();
 
-    /// Stores a uniform and sends it at once, to the program that must be in use. GL calls:
-    /// `glIsProgram`, then those of `KyShaderUniform::activate`.
+    /// Stores a uniform and sends it at once, in all modes, to the program that must be in use. GL
+    /// calls: `glIsProgram`, then those of `KyShaderUniform::activate`, without the lookup if the
+    /// location is kept.
     /// @return true when it was sent; false when it is only stored, when the program has no such
     ///     uniform, or when the name holds the other type
     ///@{
@@ -127,11 +128,12 @@ public:
     /// Builds or finds the program for the present macros and `context`. @return success
     bool compile(unsigned int context);
 
-    /// `compile`, then puts the program in use and sends every uniform. In the steady state it
-    /// allocates nothing, takes no lock and calls the GL only to use the program and to send the
-    /// uniforms by name. After a failure the last good program of this object is put in use, even
-    /// if it was built for another context, or none if there never was one: ask `compile` first
-    /// where that matters.
+    /// `compile`, then puts the program in use and sends the uniforms as the mode of
+    /// `setUniformMode` specifies. In the steady state it allocates nothing, takes no lock and
+    /// calls the GL only to use the program and to send the uniforms. After a failure the last good
+    /// program of this object is put in use, even if it was built for another context, or none if
+    /// there never was one, and every uniform is sent by name: ask `compile` first where that
+    /// matters.
     void apply(unsigned int context);
 
     /// Whether the GL knows the program, by `glIsProgram` and an error check. It does not tell that

@@ -27,8 +27,8 @@ public:
     virtual bool isEqual(const KyShaderUniform* other) const;
 
     /// Looks the name up in `program`, which must be in use, and sends the value. Allocates nothing
-    /// and takes no lock. What programs in the mode `KyShaderProgram::ChangesOnly` know of the
-    /// value at this location is forgotten: the one in use may be any of them.
+    /// and takes no lock. What is known of the value at this location is forgotten for every
+    /// program in the mode `KyShaderProgram::UniformMode::ChangesOnly`: any of them may be in use.
     ///
     /// GL calls: `glGetUniformLocation`, `glUniform1f` or `glUniform1i` if the program has the
     /// name, and an error check after each. An error of the lookup is dropped; one of the value,
@@ -70,8 +70,9 @@ private:
     KYGL_LOCAL bool send(int shaderLocation);
     KYGL_LOCAL unsigned int bits() const;
 
-    Type mType = Type::Other;
+    // The type comes last, so that it shares a word with the value of a derived class.
     unsigned long long* mChanges = nullptr;  ///< the set's count of changes; null outside a set
+    Type mType = Type::Other;
 };
 
 /// Same name and equal values of the same type.

@@ -2,6 +2,8 @@
 
 #include "KyShaderUniformCalls.h"
 
+#include <algorithm>
+
 std::atomic<unsigned int> KyShaderStrayValues::sWatchers{0};
 std::atomic<unsigned long long> KyShaderStrayValues::sCount{0};
 std::array<std::atomic<unsigned long long>, 64> KyShaderStrayValues::sLast{};
@@ -16,8 +18,13 @@ void KyShaderStrayValues::record(int location) {
     }
 }
 
+// Exactly as much: an array that grows in place would make half as much room again.
 void KyShaderKeptUniforms::reserve(const KyShaderParametersUniform& uniforms) {
-    if (mKept.size < uniforms.mUniforms.size) mKept.resize(uniforms.mUniforms.size);
+    if (mKept.size >= uniforms.mUniforms.size) return;
+    KyDArray<Kept> kept;
+    kept.resize(uniforms.mUniforms.size);
+    std::copy_n(mKept.data, mKept.size, kept.data);
+    mKept.swap(kept);
 }
 
 // As lean as `KyShaderParametersUniform::send`: nothing that a call could change is read again.
@@ -97,8 +104,8 @@ void KyShaderKeptUniforms::forgetWhatIsUncertain(const KyShaderParametersUniform
         forgetSent();
     } else if (mStrays != strays) {
         for (long i = 0; i < mKept.size; ++i)
-            if (KyShaderStrayValues::hasAny(mKept[i].location, mStrays))
-                forgetSentAt(mKept[i].location);
+            if (mKept[i].location >= 0 && KyShaderStrayValues::hasAny(mKept[i].location, mStrays))
+                mKept[mKept[i].place].type = KyShaderUniform::Type::Other;
     }
     mForgotten = uniforms.mForgotten;
     mStrays = strays;

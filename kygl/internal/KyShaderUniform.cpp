@@ -3,7 +3,6 @@
 #include "KyShaderKeptUniforms.h"
 #include "KyShaderUniformCalls.h"
 
-#include <cstdint>
 #include <cstring>
 #include <memory>
 
