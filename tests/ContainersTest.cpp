@@ -100,3 +100,20 @@ TEST(HashTable, holdsWhatAMapHoldsAndGrowsInTime) {
         ASSERT_EQ(model.at(key.dataPtr()), value);
     EXPECT_TRUE(model.empty());
 }
+
+// Ids are counted up from anywhere, or lie on a grid where some of their bits mean something.
+TEST(HashTable, aThousandIdsDoNotPileUpInFewBuckets) {
+    for (const unsigned int first : {0U, 77U, 0xfffffe00U}) {
+        for (int shift = 0; shift < 23; ++shift) {
+            KyHashTable<unsigned int, int> table(0);
+            for (unsigned int i = 0; i < 1000; ++i)
+                table[(first + i) << shift];
+            for (int bucket = 0; bucket <= table.mask; ++bucket) {
+                int chain = 0;
+                for (auto* entry = table.buckets[bucket]; entry != nullptr; entry = entry->next)
+                    ++chain;
+                ASSERT_LE(chain, shift == 0 ? 2 : 6) << "first " << first << " shift " << shift;
+            }
+        }
+    }
+}

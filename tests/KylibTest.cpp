@@ -2,12 +2,16 @@
 #include "support/Reports.h"
 
 #include <kylib/KyEnvironment.h>
+#include <kylib/KyMutex.h>
 #include <kylib/KyString.h>
 
 #include <gtest/gtest.h>
 #include <QString>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <csignal>
 #include <string>
 
 TEST(String, keepsOneClosingNulAlsoWhenItFormatsItself) {
@@ -103,4 +107,16 @@ TEST(Environment, anUnsetVariableIsFalse) {
         EXPECT_TRUE(KyEnvironment::exists(name, false));
         EXPECT_EQ(KyEnvironment::getBool(name, false, true), truth) << value;
     }
+}
+
+TEST(Mutex, itsHolderWaitsForEverUnlessItIsRecursive) {
+    const auto lockTwice = [](bool recursive) {
+        ualarm(300'000, 0);
+        KyMutex mutex(recursive);
+        mutex.lock();
+        mutex.lock();
+        _exit(0);
+    };
+    EXPECT_EXIT(lockTwice(true), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(lockTwice(false), testing::KilledBySignal(SIGALRM), "");
 }

@@ -25,6 +25,10 @@
 /// `lock` waits until the calling thread holds the mutex; each `lock` needs one `unlock` on the
 /// same thread. A recursive mutex may be locked again by its holder; with any other that waits
 /// for ever. Both operations are a single call of the system's lock, inline.
+///
+/// A mutex that is not recursive guards sections that take less time than putting a thread to sleep
+/// and waking it. So a thread that waits tries again for a moment before it sleeps, where the C
+/// library can do that.
 class KY_CAPABILITY("mutex") KyMutex {
 public:
     /// Unlocked at first.
@@ -32,8 +36,7 @@ public:
     explicit KyMutex(bool recursive) {
         pthread_mutexattr_t kind;
         pthread_mutexattr_init(&kind);
-        pthread_mutexattr_settype(&kind,
-                                  recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_NORMAL);
+        pthread_mutexattr_settype(&kind, recursive ? PTHREAD_MUTEX_RECURSIVE : kPlain);
         pthread_mutex_init(&mMutex, &kind);
         pthread_mutexattr_destroy(&kind);
     }
@@ -47,5 +50,10 @@ public:
     void unlock() KY_RELEASE() { pthread_mutex_unlock(&mMutex); }
 
 private:
+#if defined(__GLIBC__)
+    static constexpr int kPlain = PTHREAD_MUTEX_ADAPTIVE_NP;
+#else
+    static constexpr int kPlain = PTHREAD_MUTEX_NORMAL;
+#endif
     pthread_mutex_t mMutex = {};
 };

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-/// 32-bit hashes whose low bits are as good as their high ones: tables mask them.
+/// 32-bit hashes for tables, which mask their low bits.
 /// The values may differ between versions of the library; nothing may store them.
 ///@{
 
@@ -32,12 +32,13 @@ inline unsigned int kyhash(const char* text) noexcept {
     return static_cast<unsigned int>(h ^ (h >> 29));
 }
 
-/// The hash of a number.
+/// The hash of a number: the exclusive or of its four bytes, in the lowest one. Ids are mostly
+/// counted up, and numbers in a row fill all buckets alike; on a lookup under a lock every step of
+/// a chain makes other threads wait.
 inline unsigned int kyhash(int value) noexcept {
     auto h = static_cast<unsigned int>(value);
-    h = (h ^ (h >> 16)) * 0x7feb352dU;
-    h = (h ^ (h >> 15)) * 0x846ca68bU;
-    return h ^ (h >> 16);
+    h ^= h >> 16;
+    return h ^ (h >> 8);
 }
 
 ///@}
