@@ -212,7 +212,9 @@ template <typename GL>
 void addModes(const std::string& suffix, double keptLimit, double changesLimit) {
     const std::string kept = "keptLocations16" + suffix;
     addSide(kept + "/library", [] { return Changing<Kept<GL>>(16, UniformMode::KeptLocations); });
+    addSide(kept + "/steady", [] { return Library<GL>(16, UniformMode::KeptLocations); });
     addRatio({kept + "/library", "changing16" + suffix + "/raw", keptLimit});
+    addRatio({kept + "/steady", "apply16" + suffix + "/raw"});
 
     const std::string changes = "changesOnly16" + suffix;
     addSide(changes + "/library", [] { return Library<GL>(16, UniformMode::ChangesOnly); });

@@ -8,7 +8,10 @@
 #include <kygl/KyShaderProgram.h>
 #include <sogl/SoGLEW.h>
 
+#include <algorithm>
 #include <deque>
+#include <numeric>
+#include <random>
 #include <unordered_map>
 #include <vector>
 
@@ -105,13 +108,14 @@ struct Anew : Switcher {
 
 // A caller that has two texts for each place of a set and keeps the order: what follows the first
 // macro that changes is removed and pushed as well. The bits of its number make a set, the lowest
-// one at the first place that varies, so that each switch moves all places that do: 1, 4 and 7.
+// one at the first of the places that vary, and the sets come in the order of a shuffle.
 struct Restored : Switcher {
     static constexpr std::size_t kPlaces = 7;
     std::vector<KyString> macros[2];
     std::size_t fixedPlaces = kPlaces;
+    std::vector<std::size_t> order;
 
-    explicit Restored(std::size_t sets) : Switcher(sets) {
+    explicit Restored(std::size_t sets) : Switcher(sets), order(sets) {
         for (std::size_t i = 1; i < sets; i *= 2)
             --fixedPlaces;
         for (const char* const text :
@@ -119,8 +123,10 @@ struct Restored : Switcher {
             macros[0].emplace_back((std::string("NO_") + text).c_str());
             macros[1].emplace_back(text);
         }
-        for (const KyString& text : macros[0])
-            program.pushMacro(text);
+        std::iota(order.begin(), order.end(), 0);
+        std::shuffle(order.begin(), order.end(), std::mt19937(1));
+        for (std::size_t place = 0; place < kPlaces; ++place)
+            program.pushMacro(macro(order[0], place));
         for (std::size_t i = 0; i < sets; ++i)
             operator()();
     }
@@ -130,15 +136,16 @@ struct Restored : Switcher {
     }
 
     void operator()() {
-        const std::size_t former = present;
+        const std::size_t former = order[present];
         present = next();
+        const std::size_t set = order[present];
         std::size_t first = 0;
-        while (&macro(former, first) == &macro(present, first))
+        while (&macro(former, first) == &macro(set, first))
             ++first;
         for (std::size_t place = first; place < kPlaces; ++place)
             program.removeMacro(macro(former, place));
         for (std::size_t place = first; place < kPlaces; ++place)
-            program.pushMacro(macro(present, place));
+            program.pushMacro(macro(set, place));
         program.apply(kContext);
     }
 };

@@ -129,9 +129,13 @@ KyShaderUniform* KyShaderParametersUniform::setUniform(const KyString& name, int
 // first. No two have the same name: one that is found is the first in the set.
 template <typename Uniform, typename Value>
 KyShaderUniform* KyShaderParametersUniform::set(const KyString& name, Value value) {
-    if (mNext >= mUniforms.size || !sameShortText(mUniforms[mNext]->mName, name))
-        return setOther<Uniform>(name, value);
-    return setAt<Uniform>(mNext, value);
+    long next = mNext;
+    if (next >= mUniforms.size) {
+        if (mUniforms.size == 0) return setOther<Uniform>(name, value);
+        next = 0;
+    }
+    if (!sameShortText(mUniforms[next]->mName, name)) return setOther<Uniform>(name, value);
+    return setAt<Uniform>(next, value);
 }
 
 // Out of line, so that the usual road saves no registers.
