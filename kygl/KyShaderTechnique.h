@@ -60,7 +60,8 @@ public:
 
     /// Compiles, puts the program in use and sends every uniform; without a program, puts none in
     /// use. GL calls in the steady state: `glUseProgram`, those of
-    /// `KyShaderParametersUniform::activate`, and an error check after each.
+    /// `KyShaderParametersUniform::activate`, and an error check after each. In the technique of a
+    /// `KyShaderProgram` its `setUniformMode` can save calls.
     void apply(unsigned int context);
 
     /// Puts no program in use: `glUseProgram` and an error check.

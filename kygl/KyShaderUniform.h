@@ -46,14 +46,20 @@ protected:
     enum class Type : unsigned char { Other, Int, Float };
     /// Copies the name.
     KyShaderUniform(const KyString& name, Type type);
-    /// The bits of a value, by which a change is known: those of two floats may differ although the
-    /// floats are equal.
+    /// The bits of a value.
     template <typename Value>
     static unsigned int bitsOf(Value value) {
         static_assert(sizeof value == sizeof(unsigned int));
         unsigned int bits = 0;
         std::memcpy(&bits, &value, sizeof bits);
         return bits;
+    }
+    /// Replaces a value. @return whether its bits differ, as those of equal floats may
+    template <typename Value>
+    static bool replace(Value& held, Value value) {
+        const bool differs = bitsOf(held) != bitsOf(value);
+        held = value;
+        return differs;
     }
     /// Counts a change in the set that the uniform belongs to, if there is one.
     void valueChanged() {
@@ -89,20 +95,13 @@ public:
 
     /// Changes the value; the next activation sends it.
     void setValue(int value) {
-        if (replace(value)) valueChanged();
+        if (replace(mValue, value)) valueChanged();
     }
 
 private:
     friend class KyShaderUniform;
     friend class KyShaderParametersUniform;
     static constexpr Type kType = Type::Int;
-
-    // Whether the bits differ.
-    bool replace(int value) {
-        const bool differs = bitsOf(mValue) != bitsOf(value);
-        mValue = value;
-        return differs;
-    }
 
     int mValue;
 };
@@ -118,20 +117,13 @@ public:
 
     /// Changes the value; the next activation sends it.
     void setValue(float value) {
-        if (replace(value)) valueChanged();
+        if (replace(mValue, value)) valueChanged();
     }
 
 private:
     friend class KyShaderUniform;
     friend class KyShaderParametersUniform;
     static constexpr Type kType = Type::Float;
-
-    // Whether the bits differ.
-    bool replace(float value) {
-        const bool differs = bitsOf(mValue) != bitsOf(value);
-        mValue = value;
-        return differs;
-    }
 
     float mValue;
 };

@@ -157,7 +157,7 @@ KyShaderUniform* KyShaderParametersUniform::setAt(long index, Value value) {
     mNext = index + 1;
     KyShaderUniform* const found = mUniforms[index];
     if (found->mType != Uniform::kType) return nullptr;
-    if (as<Uniform>(found)->replace(value)) ++mChanges;
+    if (KyShaderUniform::replace(as<Uniform>(found)->mValue, value)) ++mChanges;
     return found;
 }
 
