@@ -68,8 +68,8 @@ public:
     long count() const { return mMacros.size; }
 
     /// A number that is the same for equal sets, so that two sets with different numbers need no
-    /// further look; order counts. It takes a step for each macro after the place of the last
-    /// removal, none for those that were pushed after it.
+    /// further look; order counts. It takes a step for each macro from the first place on where one
+    /// was removed, unless that was the last one.
     unsigned long long fingerprint() const {
         unsigned long long fingerprint = mFingerprint;
         for (long i = mFingerprinted; i < mMacros.size; ++i)
