@@ -1,6 +1,6 @@
 // A steady apply and unUse: beside the same GL calls written by hand, and beside a table that finds
-// its program by context and macros. Also in a program with
-// many variants, and with every uniform set to another value first.
+// its program by context and macros. Also in a program with many variants, and
+// with every uniform set to another value first.
 
 #include "support.h"
 

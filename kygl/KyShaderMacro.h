@@ -102,7 +102,8 @@ private:
     KYGL_LOCAL bool isAt(long index, const Wanted& macro) const;
     KYGL_LOCAL long lineBegin(long index) const { return index > 0 ? mMacros[index - 1].end : 0; }
 
-    // The same hashes in another order give another number. The last one can be taken out again.
+    // The same hashes in another order give another number. The last one can be taken out again:
+    // the two multipliers are inverse to each other.
     ///@{
     static unsigned long long extend(unsigned long long fingerprint, unsigned long long hash) {
         const unsigned long long product = (fingerprint ^ (hash + 1)) * 0x9e3779b97f4a7c15ULL;
