@@ -59,7 +59,12 @@ KyShaderRead outcomeOf(int error) {
 struct FileText {
     KyShaderRead outcome;
     std::string text;
+    int error = 0;  // of the system
 };
+
+FileText unread(int error) {
+    return {outcomeOf(error), {}, error};
+}
 
 // The files of one expansion, within what it may read.
 class FileReader {
@@ -74,7 +79,7 @@ public:
         // To open or read a pipe or a device may take for ever.
         const bool any = kind == KyShaderTop::Any;
         const InputFile file(path, any ? 0 : O_NONBLOCK | O_NOCTTY);
-        if (!file.isOpen()) return {outcomeOf(errno), {}};
+        if (!file.isOpen()) return unread(errno);
         if (!any && !file.isRegular()) return {KyShaderRead::CannotRead, {}};
         return readAll(file);
     }
@@ -84,7 +89,7 @@ private:
         std::string text(1, '\n');
         char chunk[16384];
         while (const ssize_t some = file.readSome(chunk, sizeof chunk)) {
-            if (some < 0) return {outcomeOf(errno), {}};
+            if (some < 0) return unread(errno);
             const auto count = static_cast<std::size_t>(some);
             if (count > mBytesLeft) {
                 mBytesLeft = 0;
@@ -216,7 +221,8 @@ private:
     }
 
     void insert(const std::string& path, const FileText& file, bool isClosed) {
-        if (mObserver != nullptr) mObserver->file(path.c_str(), file.text, file.outcome);
+        if (mObserver != nullptr)
+            mObserver->file(path.c_str(), file.text, file.outcome, file.error);
         if (file.outcome == KyShaderRead::Failed) mIsComplete = false;
         if (!file.text.empty()) mOpenFiles.push_back({mRest.size(), path, isClosed});
         mRest.prepend(file.text);

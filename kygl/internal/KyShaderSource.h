@@ -46,8 +46,9 @@ public:
     virtual void directive(std::string_view text, std::string_view name) = 0;
     /// `text`, of the file at `path`, was put in front of what is to be searched: a line feed in
     /// front of each line and none at the end. The first such file is the top-level one, each
-    /// other stands for the directive before it.
-    virtual void file(const char* path, std::string_view text, KyShaderRead outcome) = 0;
+    /// other replaces the directive before it.
+    /// @param error the system's, as in errno, if that is why the file was not read; otherwise 0
+    virtual void file(const char* path, std::string_view text, KyShaderRead outcome, int error) = 0;
     /// The last `count` bytes of what is finished are to be searched once more.
     virtual void searchAgain(std::size_t count) = 0;
 };

@@ -43,7 +43,7 @@ struct Observer : KyShaderSourceObserver {
         std::size_t gone = 0;
         move(rest, gone, text.size());
     }
-    void file(const char*, std::string_view text, KyShaderRead outcome) override {
+    void file(const char*, std::string_view text, KyShaderRead outcome, int) override {
         require(outcome == KyShaderRead::Done || text.empty());
         rest += text.size();
     }

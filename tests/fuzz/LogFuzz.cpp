@@ -1,5 +1,5 @@
 /// Takes any bytes for a driver's log, and holds what is read against its lines.
-#include "DriverLog.h"
+#include "KyDriverLog.h"
 #include "Require.h"
 
 #include <set>
@@ -12,10 +12,10 @@ struct Text {
     std::string file;
     std::set<long> asked = {};
 
-    PlaceOf placeOf() {
-        return [this](long line) {
+    KyPlaceOf placeOf() {
+        return [this](long line, long column) {
             asked.insert(line);
-            return line % 3 == 0 ? Place() : Place{file, line};
+            return line % 3 == 0 ? KyShaderPlace() : KyShaderPlace{file, line, column};
         };
     }
 };
@@ -32,15 +32,14 @@ bool isFrom(const std::string& text, const std::string& line) {
            std::string(": \t\v\f\r").find(line[at - 1]) != std::string::npos;
 }
 
-void check(const Message& message, const std::string& line, const Text* text) {
-    const std::string& severity = message.severity;
-    const Place& place = message.place;
-    require(severity.empty() || severity == "error" || severity == "warning");
-    if (place.file.empty()) {
+void check(const KyShaderMessage& message, const std::string& line, const Text* text) {
+    const std::string severity = toString(message.severity);
+    if (message.places.empty()) {
         require(message.text == line);
-    } else if (place.file == "both") {
+    } else if (message.places.size() == 2) {
         require(line == severity + ": " + message.text);
     } else {
+        const KyShaderPlace& place = message.places.front();
         require(text != nullptr && place.file == text->file && place.line % 3 != 0);
         require(text->asked.count(place.line) == 1 && !severity.empty());
         require(isFrom(message.text, line));
@@ -52,9 +51,9 @@ void check(const Message& message, const std::string& line, const Text* text) {
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     const std::string log(reinterpret_cast<const char*>(data), size);
     Text vertex{"v"}, fragment{"f"};
-    const std::vector<Message> compiled = readDriverLog(log, vertex.placeOf());
-    const std::vector<Message> linked =
-        readLinkLog(log, {"both", 0}, vertex.placeOf(), fragment.placeOf());
+    const std::vector<KyShaderMessage> compiled = kyReadDriverLog(log, vertex.placeOf());
+    const std::vector<KyShaderMessage> linked =
+        kyReadLinkLog(log, {{"v"}, {"f"}}, vertex.placeOf(), fragment.placeOf());
     const Text* heading = nullptr;
     std::size_t count = 0;
     std::istringstream lines(log);

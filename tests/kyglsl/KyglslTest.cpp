@@ -1,16 +1,15 @@
-#include "DriverLog.h"
 #include "MacroSet.h"
-#include "support/Allocations.h"
 #include "support/TempShaders.h"
 
 #include <gtest/gtest.h>
+#include <KyDriverLog.h>
 
 #include <random>
 
 using namespace std::string_literals;
 
-static std::string show(const Place& place) {
-    return place.file + ":" + std::to_string(place.line);
+static std::string show(const KyShaderPlace& place) {
+    return toString(place);
 }
 
 // Files whose words tell where they stand: <a:2> is on line 2 of the file a. What is between them
@@ -46,7 +45,7 @@ static void writeFiles(const TempShaders& tree, std::mt19937& random, bool mayHi
 
 // Wherever a word comes to stand, even where directives came together over the ends of files, its
 // place is that of its line.
-TEST(ExpandedFileTest, theTextIsTheLibrarysAndEachWordIsFromItsLine) {
+TEST(ShaderOriginsTest, theTextIsTheLibrarysAndEachWordIsFromItsLine) {
     const TempShaders tree;
     const std::vector<std::string> texts = {"A", "B 2", "A", "C\nD"};
     const MacroSet macros(texts);
@@ -57,7 +56,7 @@ TEST(ExpandedFileTest, theTextIsTheLibrarysAndEachWordIsFromItsLine) {
         KyVertexShader shader("top", tree.folder, false);
         for (const std::string& text : texts)
             shader.pushParameter(text.c_str());
-        const ExpandedFile file(tree.path("top"));
+        const KyShaderOrigins file(tree.path("top"), KyShaderTop::Any);
         const std::string text = shader.loadFromFile().dataPtr();
         ASSERT_EQ(macros.textFor(file).dataPtr(), text);
         if (text.size() > 20000) continue;  // most likely without end, but for the bounds
@@ -69,27 +68,17 @@ TEST(ExpandedFileTest, theTextIsTheLibrarysAndEachWordIsFromItsLine) {
             if (text[at - 1] != '\n') continue;
             const auto before = text.begin() + static_cast<long>(at);
             const auto line = 1 + std::count(text.begin(), before, '\n');
-            ASSERT_EQ(show(macros.placeOfLine(file, line)), word) << text;
+            ASSERT_EQ(show(file.placeInText(macros.lines().dataPtr(), line)), word) << text;
             ++lineStarts;
         }
     }
     EXPECT_TRUE(words > 10000 && lineStarts > 3000) << words << ' ' << lineStarts;
 }
 
-// It may have as many lines as its first is long, and each is placed by that first one.
-TEST(MacroSetTest, aMacroOfManyLinesIsNotKeptForEachOfThem) {
-    const TempShaders tree;
-    tree.write("top", "x");
-    const std::vector<std::string> texts = {"A", std::string(1000, 'b') + std::string(1000, '\n')};
-    const long before = Allocations::count;
-    const MacroSet macros(texts);
-    EXPECT_LT(Allocations::count - before, 100);
-    const Place last = macros.placeOfLine(ExpandedFile(tree.path("top")), 1002);
-    EXPECT_EQ(show(last), "-D " + std::string(1000, 'b') + ":1001");
-}
-
 TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {
-    const auto placeOf = [](long line) { return line == 12 ? Place{"f", 7} : Place{}; };
+    const auto placeOf = [](long line, long column) {
+        return line == 12 ? KyShaderPlace{"f", 7, column} : KyShaderPlace{};
+    };
     const std::pair<std::string, std::string> cases[] = {
         {"0:12(3): error: `x' undeclared", "f:7: error: `x' undeclared"},
         {"0:12(3): preprocessor error: no", "f:7: error: preprocessor: no"},
@@ -111,20 +100,20 @@ TEST(DriverLogTest, threeVendorsNameTheSamePlaceAndOtherLinesStayAsTheyAre) {
         log += line + "\n"s;
         expected += line + "\n"s;
     }
-    for (const Message& message : readDriverLog(log, placeOf))
+    for (const KyShaderMessage& message : kyReadDriverLog(log, placeOf))
         shown += toString(message) + "\n";
     EXPECT_EQ(shown, expected);
 }
 
 TEST(DriverLogTest, theLogOfALinkTellsOfBothTexts) {
-    const auto inVertex = [](long line) { return Place{"v", line}; };
-    const auto inFragment = [](long line) { return Place{"f", line}; };
+    const auto inVertex = [](long line, long) { return KyShaderPlace{"v", line}; };
+    const auto inFragment = [](long line, long) { return KyShaderPlace{"f", line}; };
     const std::string log =
         "warning: w\nerror: e\n0(1) : error C1: none\nVertex info\n0(2) : warning C2: x\n"
         "Fragment info\n0(3) : error C3: y\n";
     std::string shown;
-    for (const Message& message : readLinkLog(log, {"v f", 0}, inVertex, inFragment))
-        shown += message.severity + '|' + toString(message) + '\n';
+    for (const KyShaderMessage& message : kyReadLinkLog(log, {{"v"}, {"f"}}, inVertex, inFragment))
+        shown += toString(message.severity) + "|"s + toString(message) + '\n';
     EXPECT_EQ(
         shown,
         "warning|v f: warning: w\nerror|v f: error: e\nerror|0(1) : error C1: none\n"

@@ -1,6 +1,6 @@
+#include <KyDriverLog.h>
 #include "Commands.h"
 #include "Driver.h"
-#include "DriverLog.h"
 #include "MacroSet.h"
 #include "Report.h"
 #include "ShaderFiles.h"
@@ -91,13 +91,13 @@ private:
         }
     }
 
-    void warn(const ExpandedFile& file, bool hasMacros) {
-        if (mWarnedFiles.emplace(&file, hasMacros).second) warn(file.warnings(hasMacros));
+    void warn(const KyShaderOrigins& file, bool hasMacros) {
+        if (mWarnedFiles.emplace(&file, hasMacros).second) warn(file.messages(hasMacros));
     }
 
     // A file that several others include is warned of once.
-    void warn(const std::vector<Message>& warnings) {
-        for (const Message& warning : warnings) {
+    void warn(const std::vector<KyShaderMessage>& warnings) {
+        for (const KyShaderMessage& warning : warnings) {
             if (!mWarned.insert(toString(warning)).second) continue;
             mWarnings.push_back(warning);
             if (!mOptions.json) std::fprintf(stderr, "%s\n", toString(warning).c_str());
@@ -122,14 +122,19 @@ private:
                     failure.empty()
                         ? buildVariant(mFiles.get(program.vertex), mFiles.get(program.fragment),
                                        macros)
-                        : VariantReport{
-                              macros.texts(), false, {{program.place, "error", failure}}, {}};
+                        : VariantReport{macros.texts(), false, {unread(program, failure)}, {}};
                 take(report, messages);
                 mProgress.step();
             }
         }
         mProgress.clear();
         messages.print(stderr);
+    }
+
+    static KyShaderMessage unread(const Program& program, const std::string& failure) {
+        KyShaderMessage message{{}, KyShaderMessage::Severity::Error, failure};
+        if (program.place.isKnown()) message.places = {program.place};
+        return message;
     }
 
     void take(const VariantReport& report, MessageList& messages) {
@@ -148,7 +153,7 @@ private:
         printLogs(stdout, report, mOptions.isList ? mReports.back().name : "");
     }
 
-    VariantReport buildVariant(const ExpandedFile& vertex, const ExpandedFile& fragment,
+    VariantReport buildVariant(const KyShaderOrigins& vertex, const KyShaderOrigins& fragment,
                                const MacroSet& macros) {
         const Driver::Build build =
             mDriver->build(macros.textFor(vertex), macros.textFor(fragment));
@@ -164,35 +169,38 @@ private:
         return report;
     }
 
-    // Behind a "#line" the driver's numbers are not those of the text.
-    static PlaceOf placesIn(const ExpandedFile& file, const MacroSet& macros) {
-        const bool isMoved = file.hasLineDirective();
-        return
-            [&, isMoved](long line) { return isMoved ? Place() : macros.placeOfLine(file, line); };
+    static KyPlaceOf placesIn(const KyShaderOrigins& file, const MacroSet& macros) {
+        return [&](long line, long column) {
+            return file.placeInLog(macros.lines().dataPtr(), line, column);
+        };
     }
 
     static void addCompile(VariantReport& report, const Driver::Step& step,
-                           const ExpandedFile& file, const MacroSet& macros) {
-        addMessages(report, step, {file.path(), 0}, "does not compile",
-                    readDriverLog(step.log, placesIn(file, macros)));
+                           const KyShaderOrigins& file, const MacroSet& macros) {
+        addMessages(report, step, {{file.path()}}, "does not compile",
+                    kyReadDriverLog(step.log, placesIn(file, macros)));
     }
 
-    static void addLink(VariantReport& report, const Driver::Step& step, const ExpandedFile& vertex,
-                        const ExpandedFile& fragment, const MacroSet& macros) {
-        const Place pair = {vertex.path() + " " + fragment.path(), 0};
+    static void addLink(VariantReport& report, const Driver::Step& step,
+                        const KyShaderOrigins& vertex, const KyShaderOrigins& fragment,
+                        const MacroSet& macros) {
+        const std::vector<KyShaderPlace> pair = {{vertex.path()}, {fragment.path()}};
         addMessages(
             report, step, pair, "does not link",
-            readLinkLog(step.log, pair, placesIn(vertex, macros), placesIn(fragment, macros)));
+            kyReadLinkLog(step.log, pair, placesIn(vertex, macros), placesIn(fragment, macros)));
     }
 
     // A failure that the driver gives no place for still names the file.
-    static void addMessages(VariantReport& report, const Driver::Step& step, const Place& whole,
-                            const char* failure, const std::vector<Message>& messages) {
+    static void addMessages(VariantReport& report, const Driver::Step& step,
+                            const std::vector<KyShaderPlace>& whole, const char* failure,
+                            const std::vector<KyShaderMessage>& messages) {
         const bool placed =
-            std::any_of(messages.begin(), messages.end(), [](const Message& message) {
-                return message.severity == "error" && !message.place.file.empty();
+            std::any_of(messages.begin(), messages.end(), [](const KyShaderMessage& message) {
+                return message.severity == KyShaderMessage::Severity::Error &&
+                       !message.places.empty();
             });
-        if (!step.good && !placed) report.messages.push_back({whole, "error", failure});
+        if (!step.good && !placed)
+            report.messages.push_back({whole, KyShaderMessage::Severity::Error, failure});
         report.messages.insert(report.messages.end(), messages.begin(), messages.end());
     }
 
@@ -205,9 +213,9 @@ private:
     std::vector<ProgramReport> mReports;
     JsonReport mJson{stdout};
     bool mIsBad = false;  // any variant
-    std::vector<Message> mWarnings;
+    std::vector<KyShaderMessage> mWarnings;
     std::set<std::string> mWarned;
-    std::set<std::pair<const ExpandedFile*, bool>> mWarnedFiles;  // with macros and without
+    std::set<std::pair<const KyShaderOrigins*, bool>> mWarnedFiles;  // with macros and without
 };
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Message.h"
 #include "ProgramList.h"
+#include "UsageError.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 #include "Driver.h"
 
-#include "Message.h"
+#include "UsageError.h"
 
 #include <kygl/kyglShaderGLSL.h>
 #include <sogl/SoGLEW.h>

@@ -16,13 +16,12 @@ void write(const std::string& path, Function print) {
     if (!file) throw UsageError(path + ": cannot be written");
 }
 
-void printWithPlaces(std::ostream& out, const std::string& text, const ExpandedFile& file,
+void printWithPlaces(std::ostream& out, const std::string& text, const KyShaderOrigins& file,
                      const MacroSet& macros) {
     long line = 0;
     for (std::size_t begin = 0; begin <= text.size() && out;) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
-        const Place place = macros.placeOfLine(file, ++line);
-        out << place.file << ':' << place.line << ':';
+        out << toString(file.placeInText(macros.lines().dataPtr(), ++line)) << ':';
         out << std::string_view(text).substr(begin, end - begin) << '\n';
         begin = end + 1;
     }
@@ -45,7 +44,7 @@ std::string forMake(const std::string& path) {
 }
 
 // Each included file is a target of its own as well: one that goes away stops no build.
-std::string depfile(const std::string& target, const ExpandedFile& file) {
+std::string depfile(const std::string& target, const KyShaderOrigins& file) {
     const std::vector<std::string> paths = file.files();
     std::string rule = forMake(target) + ":";
     std::string targets;
@@ -64,12 +63,12 @@ int expand(const ExpandOptions& options) {
     if (!options.deps.empty() && hasControl(target))
         throw UsageError(target + ": make cannot name such a file");
     ShaderFiles files(options.root);
-    const ExpandedFile& file = files.get(options.file);
+    const KyShaderOrigins& file = files.get(options.file);
     const MacroSet macros(options.macros);
-    std::vector<Message> warnings = macroWarnings(macros.texts());
-    const std::vector<Message> ofFile = file.warnings(!macros.texts().empty());
+    std::vector<KyShaderMessage> warnings = macroWarnings(macros.texts());
+    const std::vector<KyShaderMessage> ofFile = file.messages(!macros.texts().empty());
     warnings.insert(warnings.end(), ofFile.begin(), ofFile.end());
-    for (const Message& warning : warnings)
+    for (const KyShaderMessage& warning : warnings)
         std::cerr << toString(warning) << '\n';
 
     const auto print = [&](std::ostream& out) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExpandedFile.h"
+#include <KyShaderOrigins.h>
 
 #include <kygl/KyShaderMacro.h>
 
@@ -8,7 +8,7 @@
 #include <vector>
 
 /// What there is to warn of in macros as a user writes them.
-std::vector<Message> macroWarnings(const std::vector<std::string>& texts);
+std::vector<KyShaderMessage> macroWarnings(const std::vector<std::string>& texts);
 
 /// The macros of one variant of a shader, kept by the library's own class.
 class MacroSet {
@@ -19,14 +19,14 @@ public:
     const std::vector<std::string>& texts() const { return mTexts; }
 
     /// What the GL is given for a file and these macros.
-    KyString textFor(const ExpandedFile& file) const { return shaderText(mMacros, file.source()); }
-    /// Where a line of that text comes from. A macro counts as a file with the name "-D TEXT".
-    /// Without such a line the file is "".
-    Place placeOfLine(const ExpandedFile& file, long line) const;
+    KyString textFor(const KyShaderOrigins& file) const {
+        return shaderText(mMacros, file.source());
+    }
+    /// The lines of that text in front of the file's.
+    const KyString& lines() const { return mLines; }
 
 private:
     KyShaderParametersMacros mMacros;
     std::vector<std::string> mTexts;
-    std::vector<long> mFirstLines;  // of each text in the macro block
-    long mLines = 0;
+    KyString mLines;
 };

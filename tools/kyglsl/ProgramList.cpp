@@ -54,7 +54,7 @@ void checkMacro(const std::string& macro, bool isSwitch) {
 
 class ListReader {
 public:
-    void readLine(const std::string& line, const Place& place) {
+    void readLine(const std::string& line, const KyShaderPlace& place) {
         std::istringstream words(line);
         std::string first;
         words >> first;
@@ -74,7 +74,7 @@ public:
     }
 
 private:
-    void addProgram(std::istream& words, const Place& place) {
+    void addProgram(std::istream& words, const KyShaderPlace& place) {
         Program program;
         std::string more;
         words >> std::quoted(program.vertex) >> std::quoted(program.fragment);

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "Message.h"
+#include "UsageError.h"
+
+#include <KyShaderMessage.h>
 
 #include <string>
 #include <vector>
@@ -35,7 +37,7 @@ struct Program {
     std::string vertex;
     std::string fragment;
     std::vector<MacroLine> lines;
-    Place place = {};  // in a list
+    KyShaderPlace place = {};  // in a list
 
     unsigned long variants() const;
 };

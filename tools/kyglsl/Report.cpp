@@ -1,6 +1,6 @@
 #include "Report.h"
 
-#include "Printable.h"
+#include <KyPrintable.h>
 
 #include <algorithm>
 
@@ -15,14 +15,14 @@ std::string joined(const std::vector<std::string>& macros) {
 
 void printRow(std::FILE* out, const ProgramReport& row) {
     std::fprintf(out, "%8ld %8ld %8ld %8ld  %s\n", row.variants, row.variants - row.failures,
-                 row.failures, row.withWarnings, printable(row.name).c_str());
+                 row.failures, row.withWarnings, kyPrintable(row.name).c_str());
 }
 
 // Drivers quote what stands in a file; what is no UTF-8 there becomes the replacement character.
 std::string json(const std::string& text) {
     std::string out = "\"";
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = utf8Length(text, i);
+        const std::size_t length = kyUtf8Length(text, i);
         const char c = text[i];
         if (length == 0) {
             out += "\\ufffd";
@@ -39,10 +39,14 @@ std::string json(const std::string& text) {
     return out + '"';
 }
 
-std::string json(const Message& message) {
-    return "{\"file\": " + json(message.place.file) +
-           ", \"line\": " + std::to_string(message.place.line) +
-           ", \"severity\": " + json(message.severity) + ", \"text\": " + json(message.text) + "}";
+std::string json(const KyShaderMessage& message) {
+    std::string file;
+    for (const KyShaderPlace& place : message.places)
+        file += (file.empty() ? "" : " ") + (place.file.empty() ? "-D " + place.macro : place.file);
+    const long line = message.places.empty() ? 0 : message.places.front().line;
+    return "{\"file\": " + json(file) + ", \"line\": " + std::to_string(line) +
+           ", \"severity\": " + json(std::string(toString(message.severity))) +
+           ", \"text\": " + json(message.text) + "}";
 }
 
 template <typename Item>
@@ -66,8 +70,9 @@ std::string json(const VariantReport& variant) {
 }  // namespace
 
 bool VariantReport::hasWarning() const {
-    return std::any_of(messages.begin(), messages.end(),
-                       [](const Message& message) { return message.severity == "warning"; });
+    return std::any_of(messages.begin(), messages.end(), [](const KyShaderMessage& message) {
+        return message.severity == KyShaderMessage::Severity::Warning;
+    });
 }
 
 void ProgramReport::add(const VariantReport& variant) {
@@ -80,7 +85,7 @@ void ProgramReport::add(const VariantReport& variant) {
 
 void MessageList::add(const VariantReport& variant) {
     ++mVariants;
-    for (const Message& message : variant.messages) {
+    for (const KyShaderMessage& message : variant.messages) {
         const auto [found, isNew] = mKnown.emplace(toString(message), mAll.size());
         if (isNew) mAll.push_back({&found->first, joined(variant.macros), 0, 0});
         Once& once = mAll[found->second];
@@ -94,7 +99,7 @@ void MessageList::print(std::FILE* out) const {
         std::fputs(once.text->c_str(), out);
         if (once.count < mVariants)
             std::fprintf(out, " [%ld of %ld macro sets, first: %s]", once.count, mVariants,
-                         once.first.empty() ? "none" : printable(once.first).c_str());
+                         once.first.empty() ? "none" : kyPrintable(once.first).c_str());
         std::fputc('\n', out);
     }
 }
@@ -104,7 +109,7 @@ void printLogs(std::FILE* out, const VariantReport& variant, const std::string& 
     for (const VariantReport::Log& log : variant.logs) {
         if (log.text.empty()) continue;
         if (!program.empty())
-            std::fprintf(out, "# %s: %s\n", printable(program + macros).c_str(), log.of);
+            std::fprintf(out, "# %s: %s\n", kyPrintable(program + macros).c_str(), log.of);
         std::fputs(log.text.c_str(), out);
         if (log.text.back() != '\n') std::fputc('\n', out);
     }
@@ -135,6 +140,6 @@ void JsonReport::add(const VariantReport& variant) {
     mHasVariant = true;
 }
 
-void JsonReport::end(const std::vector<Message>& warnings) {
+void JsonReport::end(const std::vector<KyShaderMessage>& warnings) {
     std::fprintf(mOut, "]}],\n\"warnings\": %s}\n", json(warnings, ",\n ").c_str());
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Message.h"
+#include <KyShaderMessage.h>
 #include "ProgramList.h"
 
 #include <cstdio>
@@ -12,7 +12,7 @@
 struct VariantReport {
     std::vector<std::string> macros;
     bool good = false;
-    std::vector<Message> messages;
+    std::vector<KyShaderMessage> messages;
     struct Log {
         const char* of;  // "vertex", "fragment" or "link"
         std::string text;
@@ -65,7 +65,7 @@ public:
     void beginProgram(const Program& program);
     void add(const VariantReport& variant);
     /// @param warnings what there is to say of the files themselves
-    void end(const std::vector<Message>& warnings);
+    void end(const std::vector<KyShaderMessage>& warnings);
 
 private:
     std::FILE* mOut;

@@ -1,9 +1,11 @@
 #include "ShaderFiles.h"
 
+#include "UsageError.h"
+
 // All files stay in memory, with their lines, comments and pieces.
 static constexpr std::size_t kMaxBytes = std::size_t{64} << 20;
 
-const ExpandedFile& ShaderFiles::get(const std::string& name) {
+const KyShaderOrigins& ShaderFiles::get(const std::string& name) {
     std::string path = name;
     std::string tree;
     if (!mRoot.empty()) {
@@ -15,8 +17,8 @@ const ExpandedFile& ShaderFiles::get(const std::string& name) {
     }
     if (mBytes > kMaxBytes && mFiles.count(name) == 0)
         throw UsageError(path + ": is beyond the 64 MiB that one run reads");
-    const auto [found, isNew] = mFiles.try_emplace(name, path, tree);
-    const ExpandedFile& file = found->second;
+    const auto [found, isNew] = mFiles.try_emplace(name, path, KyShaderTop::Any, tree);
+    const KyShaderOrigins& file = found->second;
     if (isNew) mBytes += file.bytesRead();
     if (!file.failedFile().empty())
         throw UsageError(file.failedFile() + ": an input error, or no file descriptor is left");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExpandedFile.h"
+#include <KyShaderOrigins.h>
 
 #include <map>
 #include <string>
@@ -13,10 +13,10 @@ public:
     explicit ShaderFiles(std::string root) : mRoot(std::move(root)) {}
 
     /// Throws a `UsageError` when the file cannot be read, at each call.
-    const ExpandedFile& get(const std::string& name);
+    const KyShaderOrigins& get(const std::string& name);
 
 private:
     std::string mRoot;
-    std::map<std::string, ExpandedFile> mFiles;
+    std::map<std::string, KyShaderOrigins> mFiles;
     std::size_t mBytes = 0;  // that were read for them
 };

@@ -1,6 +1,6 @@
 /// kyglsl: shows what the library makes of shader files, and what the driver says to that.
+#include <KyPrintable.h>
 #include "Commands.h"
-#include "Printable.h"
 
 #include <CLI/CLI.hpp>
 
@@ -112,7 +112,7 @@ int main(int argc, char** argv) {
     try {
         return run(argc, argv);
     } catch (const std::exception& e) {
-        std::fprintf(stderr, "kyglsl: %s\n", printable(e.what()).c_str());
+        std::fprintf(stderr, "kyglsl: %s\n", kyPrintable(e.what()).c_str());
         return 2;
     }
 }

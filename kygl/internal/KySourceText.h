@@ -7,11 +7,11 @@
 
 /// Lines, comments and conditions in the text of one file, as the loader reads it: with a line
 /// feed in front of each line. Offsets count from that first line feed on.
-class SourceText {
+class KySourceText {
 public:
     enum class Where { Code, LineComment, BlockComment };
 
-    explicit SourceText(std::string_view text);
+    explicit KySourceText(std::string_view text);
 
     /// Counted from 1.
     long lineOf(std::size_t offset) const;

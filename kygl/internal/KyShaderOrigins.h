@@ -1,56 +1,62 @@
 #pragma once
 
-#include "Message.h"
-#include "SourceText.h"
+#include "KyShaderMessage.h"
+#include "KySourceText.h"
 
-#include <KyShaderSource.h>
+#include "KyShaderSource.h"
 
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
-/// A shader file as the library's own loader expands it, with what the loader does not tell: where
-/// each line comes from, and what there is to warn of.
-class ExpandedFile : private KyShaderSourceObserver {
+/// A shader file as the loader expands it, with what the loader does not keep: where each line
+/// comes from, which files were asked for, and what there is to say of them.
+class KyShaderOrigins : private KyShaderSourceObserver {
 public:
-    /// Reads and expands the file, once.
+    /// Reads and expands the file, once. Throws `std::bad_alloc`.
     /// @param tree the folder that names should not leave; where it is empty, the one up to
     ///     "/share/shaders" in the path, or else that of the file
-    explicit ExpandedFile(std::string path, const std::string& tree = {});
-    ExpandedFile(const ExpandedFile&) = delete;
-    ExpandedFile& operator=(const ExpandedFile&) = delete;
+    explicit KyShaderOrigins(std::string path, KyShaderTop top, const std::string& tree = {});
+    KyShaderOrigins(const KyShaderOrigins&) = delete;
+    KyShaderOrigins& operator=(const KyShaderOrigins&) = delete;
 
     const std::string& path() const { return mPath; }
     /// The text without macros, as the library keeps it.
     const KyString& source() const { return mText; }
-    /// What became of the file itself.
+    /// As `KyShaderExpansion::isComplete`.
+    bool isComplete() const { return mIsComplete; }
+    /// The result of reading the file itself.
     KyShaderRead outcome() const { return mOutcome; }
     /// The first file that failed to be read though it is there, or "": the text lacks it.
     const std::string& failedFile() const { return mFailed; }
     /// Its own and those of each file that it includes, as often as that is read.
     std::size_t bytesRead() const { return mBytesRead; }
 
-    /// Where a line of the text comes from, counted from 1: where its first byte does, or the line
-    /// feed in front of it if it is empty.
-    Place placeOfLine(long line) const;
-    Place placeOfByte(std::size_t offset) const;
-    long lineCount() const { return static_cast<long>(mLineStarts.size()); }
-
-    /// Whether a `#line` stands in it, from where on drivers count otherwise.
-    bool hasLineDirective() const;
+    /// Where a line of the text that the GL is given comes from, counted from 1: where its first
+    /// byte does, or the line feed in front of it if it is empty. Not known for a number that the
+    /// text does not have.
+    /// @param macroLines the lines in front of the source, each with its line feed
+    KyShaderPlace placeInText(std::string_view macroLines, long line, long column = 0) const;
+    /// The same for a line as a driver counts it; not known in a text with a `#line`.
+    KyShaderPlace placeInLog(std::string_view macroLines, long line, long column) const;
+    KyShaderPlace placeOfByte(std::size_t offset) const;
 
     /// Every file that was asked for, the missing ones too, in the order of the first reading.
     std::vector<std::string> files() const;
 
-    /// @param behindMacros whether macro lines will stand in front of the text
-    std::vector<Message> warnings(bool behindMacros) const;
+    /// What there is to say of the files.
+    /// @param behindMacros whether macro lines are in front of the text
+    std::vector<KyShaderMessage> messages(bool behindMacros) const;
 
 private:
+    using Topic = KyShaderMessage::Topic;
+
     struct File {
         std::string path;
-        SourceText text;
+        KySourceText text;
         bool isOutside;  // of the shader tree
         bool isRead;     // and `text` is its text
     };
@@ -68,7 +74,7 @@ private:
 
     void finished(std::size_t count) override;
     void directive(std::string_view text, std::string_view name) override;
-    void file(const char* path, std::string_view text, KyShaderRead outcome) override;
+    void file(const char* path, std::string_view text, KyShaderRead outcome, int error) override;
     void searchAgain(std::size_t count) override;
 
     std::vector<Piece> takeFront(std::size_t count);
@@ -77,13 +83,18 @@ private:
     std::vector<std::size_t> filesAbove(const Reading& reading) const;
     bool includesItself(Reading& reading);
     void warnOfDirective(std::string_view text, std::string_view name);
-    void warnOfOutcome(const Place& place, const std::string& path, KyShaderRead outcome);
-    void warn(const Place& place, const std::string& kind, const std::string& text);
-    Place placeOf(const Piece& piece) const;
+    void warnOfOutcome(const KyShaderPlace& place, const std::string& path, KyShaderRead outcome,
+                       int error);
+    void warn(const KyShaderPlace& place, Topic topic, const std::string& kind,
+              const std::string& text);
+    KyShaderPlace placeOfLine(long line, long column) const;
+    bool hasLineDirective() const;
+    KyShaderPlace placeOf(const Piece& piece) const;
 
     std::string mPath;
     std::string mTree;
     KyString mText;
+    bool mIsComplete = true;
     KyShaderRead mOutcome = KyShaderRead::CannotRead;
     std::string mFailed;
     std::size_t mBytesRead = 0;
@@ -96,6 +107,6 @@ private:
     std::vector<std::size_t> mLineStarts;
     Piece mDirective = {0, 0, 0};  // the first bytes of the one that was taken last
     std::size_t mNestedIn = 0;     // the reading of its last bytes
-    std::vector<Message> mWarnings;
+    std::vector<KyShaderMessage> mMessages;
     std::set<std::tuple<std::string, long, std::string>> mWarned;  // place and kind
 };

@@ -1,9 +1,9 @@
-#include "Printable.h"
+#include "KyPrintable.h"
 
 #include <algorithm>
 #include <cstdio>
 
-std::size_t utf8Length(const std::string& text, std::size_t at) {
+std::size_t kyUtf8Length(const std::string& text, std::size_t at) {
     const auto byte = [&](std::size_t i) {
         return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
     };
@@ -19,10 +19,10 @@ std::size_t utf8Length(const std::string& text, std::size_t at) {
     return bad ? 0 : length;
 }
 
-std::string printable(const std::string& text) {
+std::string kyPrintable(const std::string& text) {
     std::string out;
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = utf8Length(text, i);
+        const std::size_t length = kyUtf8Length(text, i);
         const auto byte = static_cast<unsigned char>(text[i]);
         // Some terminals obey the controls of Latin-1 as well.
         const bool isControl = (byte < 0x20 && byte != '\t') || byte == 0x7F ||

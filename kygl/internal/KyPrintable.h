@@ -4,8 +4,8 @@
 #include <string>
 
 /// How many bytes of well-formed UTF-8 stand at the beginning of a character; 0 for anything else.
-std::size_t utf8Length(const std::string& text, std::size_t at);
+std::size_t kyUtf8Length(const std::string& text, std::size_t at);
 
 /// The text for a terminal, which obeys escape sequences from names, macros and shaders: controls
 /// but tabs, and bytes that are no UTF-8, become "\\x1b" and the like.
-std::string printable(const std::string& text);
+std::string kyPrintable(const std::string& text);

@@ -1,4 +1,4 @@
-#include "SourceText.h"
+#include "KySourceText.h"
 
 #include <algorithm>
 
@@ -32,7 +32,7 @@ std::size_t firstFrom(const std::vector<std::size_t>& offsets, std::size_t offse
 
 }  // namespace
 
-SourceText::SourceText(std::string_view text) : mText(text) {
+KySourceText::KySourceText(std::string_view text) : mText(text) {
     for (std::size_t i = text.find('\n'); i != std::string_view::npos; i = text.find('\n', i + 1))
         mLineFeeds.push_back(i);
     const std::size_t carriageReturn = text.find('\r');
@@ -40,22 +40,22 @@ SourceText::SourceText(std::string_view text) : mText(text) {
     scan(text);
 }
 
-long SourceText::lineOf(std::size_t offset) const {
+long KySourceText::lineOf(std::size_t offset) const {
     return std::upper_bound(mLineFeeds.begin(), mLineFeeds.end(), offset) - mLineFeeds.begin();
 }
 
-bool SourceText::hasCodeBehind(std::size_t offset) const {
+bool KySourceText::hasCodeBehind(std::size_t offset) const {
     const std::size_t code = isCode(offset) ? offset : firstFrom(mWords, offset);
     return code < std::min(firstFrom(mLineFeeds, offset), mText.size()) &&
            mText.compare(code, 8, "#include") != 0;
 }
 
-bool SourceText::isCode(std::size_t offset) const {
+bool KySourceText::isCode(std::size_t offset) const {
     return offset < mText.size() && mText[offset] != '\n' &&
            kBlanks.find(mText[offset]) == std::string_view::npos && where(offset) == Where::Code;
 }
 
-void SourceText::scan(std::string_view text) {
+void KySourceText::scan(std::string_view text) {
     bool atLineStart = true;
     bool inWord = false;
     std::size_t i = 0;
@@ -83,7 +83,7 @@ void SourceText::scan(std::string_view text) {
     }
 }
 
-void SourceText::readDirective(std::string_view text, std::size_t at) {
+void KySourceText::readDirective(std::string_view text, std::size_t at) {
     std::size_t behind = at + 1;
     const std::string_view word = takeWord(text, behind);
     if (word == "if" || word == "ifdef" || word == "ifndef")
@@ -98,13 +98,13 @@ void SourceText::readDirective(std::string_view text, std::size_t at) {
     mark(at, Where::Code);
 }
 
-void SourceText::mark(std::size_t begin, Where where) {
+void KySourceText::mark(std::size_t begin, Where where) {
     const bool conditional =
         std::find(mConditions.begin(), mConditions.end(), true) != mConditions.end();
     mMarks.push_back({begin, where, conditional});
 }
 
-const SourceText::Mark& SourceText::markAt(std::size_t offset) const {
+const KySourceText::Mark& KySourceText::markAt(std::size_t offset) const {
     const auto next =
         std::upper_bound(mMarks.begin(), mMarks.end(), offset,
                          [](std::size_t value, const Mark& mark) { return value < mark.begin; });
