@@ -51,7 +51,14 @@ class KYGL_LOCAL KyDiagnosis {
 public:
     /// One load each.
     ///@{
-    static bool isOn() { return sTopics.load(std::memory_order_relaxed) != 0; }
+    static bool isOn() { return wants(KyDiagnostics::All); }
+    /// Whether diagnostics or an observer of builds want to know of a build.
+    static bool wantsBuilds() {
+        constexpr unsigned int kOfBuilds = KyDiagnostics::Build | KyDiagnostics::File |
+                                           KyDiagnostics::Include | KyDiagnostics::Version |
+                                           kBuildObserver;
+        return (sTopics.load(std::memory_order_relaxed) & kOfBuilds) != 0;
+    }
     static bool wants(KyDiagnostics::Topic topic) {
         return (sTopics.load(std::memory_order_relaxed) & topic) != 0;
     }
@@ -112,6 +119,19 @@ public:
         std::list<Entry> mEntries;
     };
 
+    /// Notes in the same word whether an observer of builds is set: one load answers for both.
+    static void setBuildObserved(bool isObserved) {
+        if (isObserved)
+            sTopics.fetch_or(kBuildObserver);
+        else
+            sTopics.fetch_and(~kBuildObserver);
+    }
+
+    /// Sets what frees the memory that messages of builds need.
+    static void setForgetBuilds(void (*forget)()) { sForgetBuilds.store(forget); }
+    /// Frees it if nobody wants to know of builds any more.
+    static void forgetBuilds();
+
     /// How many names of one context may wait for deletion.
     static long queueLimit();
 
@@ -130,5 +150,11 @@ private:
     static void forget(const std::string& subject);
     static void postponeCount(const Subject& subject) noexcept;
 
-    static inline std::atomic<unsigned int> sTopics{0};
+    static inline std::atomic<void (*)()> sForgetBuilds{nullptr};
+
+    // @return the former ones
+    static unsigned int setTopics(unsigned int topics);
+
+    static constexpr unsigned int kBuildObserver = KyDiagnostics::All + 1;
+    static inline std::atomic<unsigned int> sTopics{0};  ///< 0 while nobody listens
 };

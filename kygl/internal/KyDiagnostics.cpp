@@ -142,6 +142,19 @@ void KyDiagnosis::Postponed::deliver() {
     }
 }
 
+void KyDiagnosis::forgetBuilds() {
+    if (wantsBuilds()) return;
+    if (void (*const forget)() = sForgetBuilds.load()) forget();
+}
+
+unsigned int KyDiagnosis::setTopics(unsigned int topics) {
+    topics &= KyDiagnostics::All;
+    unsigned int former = sTopics.load();
+    while (!sTopics.compare_exchange_weak(former, (former & kBuildObserver) | topics)) {
+    }
+    return former & KyDiagnostics::All;
+}
+
 long KyDiagnosis::queueLimit() {
     return sQueueLimit.load(std::memory_order_relaxed);
 }
@@ -150,22 +163,23 @@ void KyDiagnostics::enable(Handler handler, void* user, unsigned int topics) {
     {
         const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
         KyDiagnosis::Subjects& subjects = KyDiagnosis::Subjects::instance();
-        KyDiagnosis::sTopics.store(0);
+        KyDiagnosis::setTopics(0);
         subjects.forgetAll();
     }
     sListener.set({handler != nullptr ? handler : writeToStandardError, user});
-    KyDiagnosis::sTopics.store(topics);
+    KyDiagnosis::setTopics(topics);
 }
 
 // Called by the handler, it removes the listener before the counts are delivered.
 void KyDiagnostics::disable() {
-    if (KyDiagnosis::sTopics.exchange(0) != 0) {
+    if (KyDiagnosis::setTopics(0) != 0) {
         const KyDiagnosis::Postponed delivery;
         const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
         for (const auto& [name, subject] : KyDiagnosis::Subjects::instance().forgetAll())
             KyDiagnosis::postponeCount(subject);
     }
     sListener.set({});
+    KyDiagnosis::forgetBuilds();
 }
 
 void KyDiagnostics::setQueueLimit(long names) {
