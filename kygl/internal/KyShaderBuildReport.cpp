@@ -2,6 +2,7 @@
 
 #include "KyDriverLog.h"
 #include "kyglCheck.h"
+#include "KyRepeatedIncludes.h"
 #include "KyShaderDeclarations.h"
 #include "KyShaderKnownOrigins.h"
 
@@ -47,8 +48,14 @@ KyPlaceOf placesIn(const KyShaderBuildStage& stage, const KyShaderOrigins* origi
     };
 }
 
-void append(std::vector<KyShaderMessage>& to, std::vector<KyShaderMessage>&& from) {
-    to.insert(to.end(), std::make_move_iterator(from.begin()), std::make_move_iterator(from.end()));
+// The notes of a message become messages after it.
+void add(KyShaderBuildRecord& record, std::vector<KyShaderMessage>&& log) {
+    for (KyShaderMessage& message : log) {
+        std::vector<KyShaderMessage> notes = std::move(message.notes);
+        message.notes.clear();
+        record.messages.push_back(std::move(message));
+        add(record, std::move(notes));
+    }
 }
 
 void addFiles(KyShaderBuildRecord& record, const KyShaderOrigins* origins) {
@@ -82,15 +89,6 @@ void addFailure(KyShaderBuildRecord& record, const std::vector<KyShaderPlace>& w
         {whole, Severity::Error, what + (hasLog ? "" : ": " + std::string(record.result.text()))});
 }
 
-void placeDeclarations(std::vector<KyShaderMessage>& messages, const KyShaderOrigins* vertex,
-                       const KyShaderOrigins* fragment) {
-    for (KyShaderMessage& message : messages) {
-        if (message.places.size() != 2) continue;
-        if (vertex != nullptr) kyPlaceDeclaration(message, message.places[0], *vertex);
-        if (fragment != nullptr) kyPlaceDeclaration(message, message.places[1], *fragment);
-    }
-}
-
 }  // namespace
 
 KyShaderBuildReport::KyShaderBuildReport() : mIsWanted(KyDiagnosis::wantsBuilds()) {
@@ -113,7 +111,9 @@ KyShaderBuildRecord KyShaderBuildReport::compiled(const KyShaderBuildStage& stag
     const KyShaderKnownOrigins origins(stage.path, stage.source);
     addFiles(record, origins.get());
     addFindings(record, stage, origins.get());
-    append(record.messages, kyReadDriverLog(logOf(result, shader), placesIn(stage, origins.get())));
+    auto log = kyReadDriverLog(logOf(result, shader), placesIn(stage, origins.get()));
+    if (origins.get() != nullptr) kyExplainRepeatedIncludes(log, *origins.get());
+    add(record, std::move(log));
     addFailure(record, {{stage.path.dataPtr()}}, "does not compile");
     return record;
 }
@@ -135,9 +135,10 @@ KyShaderBuildRecord KyShaderBuildReport::linked(const KyShaderBuildStage& vertex
     addFiles(record, ofVertex.get());
     addFiles(record, ofFragment.get());
     const std::vector<KyShaderPlace> whole = {{vertex.path.dataPtr()}, {fragment.path.dataPtr()}};
-    record.messages = kyReadLinkLog(logOf(result, program), whole, placesIn(vertex, ofVertex.get()),
-                                    placesIn(fragment, ofFragment.get()));
-    placeDeclarations(record.messages, ofVertex.get(), ofFragment.get());
+    auto log = kyReadLinkLog(logOf(result, program), whole, placesIn(vertex, ofVertex.get()),
+                             placesIn(fragment, ofFragment.get()));
+    kyPlaceDeclarations(log, ofVertex.get(), ofFragment.get());
+    add(record, std::move(log));
     addFailure(record, whole, "does not link");
     return record;
 }

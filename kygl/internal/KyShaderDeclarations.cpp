@@ -36,6 +36,19 @@ bool isDeclaration(std::string_view text, std::size_t at) {
     return hasType && (begin == 0 || text[begin - 1] != '(');
 }
 
+// The first word of the message that is declared in the stage decides.
+void placeDeclaration(const std::string& message, KyShaderPlace& place,
+                      const KyShaderOrigins& origins) {
+    const std::string_view text(origins.source().dataPtr());
+    for (std::size_t at = 0; at < message.size();) {
+        const std::string_view word = takeWord(message, at);
+        const std::size_t found = kyFindDeclaration(text, word);
+        if (found == kNone) continue;
+        place = origins.placeOfByte(found);
+        return;
+    }
+}
+
 }  // namespace
 
 std::size_t kyFindDeclaration(std::string_view text, std::string_view name) {
@@ -48,14 +61,11 @@ std::size_t kyFindDeclaration(std::string_view text, std::string_view name) {
     return kNone;
 }
 
-void kyPlaceDeclaration(const KyShaderMessage& message, KyShaderPlace& place,
-                        const KyShaderOrigins& origins) {
-    const std::string_view text(origins.source().dataPtr());
-    for (std::size_t at = 0; at < message.text.size();) {
-        const std::string_view word = takeWord(message.text, at);
-        const std::size_t found = kyFindDeclaration(text, word);
-        if (found == kNone) continue;
-        place = origins.placeOfByte(found);
-        return;
+void kyPlaceDeclarations(std::vector<KyShaderMessage>& messages, const KyShaderOrigins* vertex,
+                         const KyShaderOrigins* fragment) {
+    for (KyShaderMessage& message : messages) {
+        if (message.places.size() != 2) continue;
+        if (vertex != nullptr) placeDeclaration(message.text, message.places[0], *vertex);
+        if (fragment != nullptr) placeDeclaration(message.text, message.places[1], *fragment);
     }
 }

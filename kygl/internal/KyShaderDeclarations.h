@@ -9,8 +9,7 @@
 /// offset of the name, or npos. A declaration that the preprocessor leaves out counts as well.
 std::size_t kyFindDeclaration(std::string_view text, std::string_view name);
 
-/// Moves a place of a link message from the whole file to the line that declares what the message
-/// names, if there is one.
-/// @param place of `message`, for the stage of these origins
-void kyPlaceDeclaration(const KyShaderMessage& message, KyShaderPlace& place,
-                        const KyShaderOrigins& origins);
+/// Moves the places of link messages from whole files to the lines that declare what they name.
+/// @param vertex,fragment what the first and the second place are in; may be null
+void kyPlaceDeclarations(std::vector<KyShaderMessage>& messages, const KyShaderOrigins* vertex,
+                         const KyShaderOrigins* fragment);

@@ -12,10 +12,17 @@ std::string toString(const KyShaderPlace& place) {
     return (place.file.empty() ? "-D " + place.macro : place.file) + line;
 }
 
-std::string toString(const KyShaderMessage& message) {
+static std::string withoutNotes(const KyShaderMessage& message) {
     if (message.places.empty()) return kyPrintable(message.text);
     std::string places;
     for (const KyShaderPlace& place : message.places)
         places += (places.empty() ? "" : " ") + toString(place);
     return kyPrintable(places + ": " + toString(message.severity) + ": " + message.text);
+}
+
+std::string toString(const KyShaderMessage& message) {
+    std::string text = withoutNotes(message);
+    for (const KyShaderMessage& note : message.notes)
+        text += '\n' + toString(note);
+    return text;
 }

@@ -35,6 +35,8 @@ struct KyShaderMessage {
     Severity severity = Severity::None;
     std::string text = {};
     Topic topic = Topic::Driver;
+    /// What explains it: the candidates of a call, the places that a file is included at.
+    std::vector<KyShaderMessage> notes = {};
 };
 
 /// "error", "warning", "note" or "".
@@ -43,5 +45,6 @@ const char* toString(KyShaderMessage::Severity severity);
 /// The place as editors know it, "file:line" or "file"; a macro has the name "-D TEXT".
 std::string toString(const KyShaderPlace& place);
 
-/// In the form that editors and compilers' users know: "file:line: severity: text", printable.
+/// In the form that editors and compilers' users know: "file:line: severity: text", printable. Each
+/// note follows after a line feed.
 std::string toString(const KyShaderMessage& message);

@@ -132,6 +132,51 @@ std::vector<std::string> KyShaderOrigins::files() const {
     return paths;
 }
 
+// Those that put text there.
+std::vector<std::size_t> KyShaderOrigins::readingsOf(const std::string& path) const {
+    std::vector<std::size_t> readings;
+    for (std::size_t i = 1; i < mReadings.size(); ++i)
+        if (mReadings[i].hasText && mFiles[mReadings[i].file].path == path) readings.push_back(i);
+    return readings;
+}
+
+// Each once.
+std::vector<KyShaderPlace> KyShaderOrigins::directivesOf(
+    const std::vector<std::size_t>& readings) const {
+    std::vector<KyShaderPlace> places;
+    std::set<std::pair<std::string, long>> known;
+    for (const std::size_t reading : readings) {
+        const KyShaderPlace place = placeOf(mReadings[reading].directive);
+        if (known.emplace(place.file, place.line).second) places.push_back(place);
+    }
+    return places;
+}
+
+// A single directive that is read more than once is in a file that is there more than once, or
+// names its file twice on the line.
+std::vector<KyShaderMessage> KyShaderOrigins::notesOfInclusions(const std::string& path) const {
+    constexpr std::size_t kMostNotes = 8;
+    std::vector<std::size_t> readings = readingsOf(path);
+    if (readings.size() < 2) return {};
+    std::string file = path;
+    std::vector<KyShaderPlace> places = directivesOf(readings);
+    for (std::set<std::string> seen = {path}; places.size() == 1;) {
+        const std::string above = places.front().file;
+        readings = readingsOf(above);
+        if (readings.size() < 2 || !seen.insert(above).second) break;
+        file = above;
+        places = directivesOf(readings);
+    }
+    const char* words = places.size() > 1 ? " is included here" : " is included here, repeatedly";
+    std::vector<KyShaderMessage> notes;
+    for (const KyShaderPlace& place : places) {
+        if (notes.size() == kMostNotes) break;
+        notes.push_back({{place}, Severity::Note, inQuotes(file) + words, Topic::Include});
+        words = " is included here again";
+    }
+    return notes;
+}
+
 // ---- what the loader tells, in its order
 
 void KyShaderOrigins::finished(std::size_t count) {
@@ -164,7 +209,7 @@ void KyShaderOrigins::file(const char* path, std::string_view text, KyShaderRead
     const std::size_t number = fileNumber(path, text);
     const KyShaderPlace place = isTop ? KyShaderPlace{mPath} : placeOf(mDirective);
     const bool isRound = !isTop && mReadings[mNestedIn].isRound;
-    mReadings.push_back({number, mDirective, mNestedIn, isRound});
+    mReadings.push_back({number, mDirective, mNestedIn, isRound, !text.empty()});
     if (isTop) mOutcome = outcome;
     if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = path;
     mBytesRead += text.size();

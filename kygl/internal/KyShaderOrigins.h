@@ -47,6 +47,10 @@ public:
     /// Every file that was asked for, the missing ones too, in the order of the first reading.
     std::vector<std::string> files() const;
 
+    /// Notes at the directives by which a file came into the text more than once, or by which the
+    /// one did that includes it; none for a file that is there once.
+    std::vector<KyShaderMessage> notesOfInclusions(const std::string& path) const;
+
     /// What there is to say of the files.
     /// @param behindMacros whether macro lines are in front of the text
     std::vector<KyShaderMessage> messages(bool behindMacros) const;
@@ -70,6 +74,7 @@ private:
         Piece directive;       // the first bytes of it; none for the top-level file
         std::size_t nestedIn;  // the reading that closes its quotes
         bool isRound;          // of a file that includes itself, after the first
+        bool hasText;          // that went into the text
     };
 
     void finished(std::size_t count) override;
@@ -80,6 +85,8 @@ private:
     std::vector<Piece> takeFront(std::size_t count);
     void finishText();
     std::size_t fileNumber(const char* path, std::string_view text);
+    std::vector<std::size_t> readingsOf(const std::string& path) const;
+    std::vector<KyShaderPlace> directivesOf(const std::vector<std::size_t>& readings) const;
     std::vector<std::size_t> filesAbove(const Reading& reading) const;
     bool includesItself(Reading& reading);
     void warnOfDirective(std::string_view text, std::string_view name);

@@ -32,18 +32,64 @@ bool isFrom(const std::string& text, const std::string& line) {
            std::string(": \t\v\f\r").find(line[at - 1]) != std::string::npos;
 }
 
+bool endsWith(const std::string& line, const std::string& text) {
+    return line.size() >= text.size() &&
+           line.compare(line.size() - text.size(), text.size(), text) == 0;
+}
+
 void check(const KyShaderMessage& message, const std::string& line, const Text* text) {
     const std::string severity = toString(message.severity);
     if (message.places.empty()) {
         require(message.text == line);
     } else if (message.places.size() == 2) {
-        require(line == severity + ": " + message.text);
+        require(line.size() == severity.size() + 2 + message.text.size());
+        require(endsWith(line, ": " + message.text));
     } else {
         const KyShaderPlace& place = message.places.front();
         require(text != nullptr && place.file == text->file && place.line % 3 != 0);
         require(text->asked.count(place.line) == 1 && !severity.empty());
         require(isFrom(message.text, line));
     }
+}
+
+// A note is indented in its line, and where it says it is, its message is.
+void checkNote(const KyShaderMessage& note, const KyShaderMessage& of, const std::string& line) {
+    require(note.severity == KyShaderMessage::Severity::Note && note.notes.empty());
+    require(of.severity != KyShaderMessage::Severity::None);
+    require(toString(KyShaderMessage{note.places}) == toString(KyShaderMessage{of.places}));
+    require(endsWith(line, " " + note.text) || endsWith(line, "\t" + note.text));
+}
+
+// Takes the lines of a log one after the other: each is a message or a note of the last one.
+class Reading {
+public:
+    explicit Reading(const std::vector<KyShaderMessage>& messages) : mMessages(messages) {}
+
+    void take(const std::string& line, const Text* text) {
+        if (mNext > 0 && mNote < mMessages[mNext - 1].notes.size()) {
+            const KyShaderMessage& last = mMessages[mNext - 1];
+            checkNote(last.notes[mNote++], last, line);
+        } else {
+            check(mMessages.at(mNext++), line, text);
+            mNote = 0;
+        }
+    }
+    void end() const {
+        require(mNext == mMessages.size());
+        require(mNext == 0 || mNote == mMessages.back().notes.size());
+    }
+
+private:
+    const std::vector<KyShaderMessage>& mMessages;
+    std::size_t mNext = 0;
+    std::size_t mNote = 0;
+};
+
+// Mesa's full stop.
+std::string inLink(const std::string& line) {
+    for (const char* const head : {".error: ", ".warning: ", ".ERROR: ", ".WARNING: "})
+        if (line.rfind(head, 0) == 0) return line.substr(1);
+    return line;
 }
 
 }  // namespace
@@ -54,17 +100,19 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     const std::vector<KyShaderMessage> compiled = kyReadDriverLog(log, vertex.placeOf());
     const std::vector<KyShaderMessage> linked =
         kyReadLinkLog(log, {{"v"}, {"f"}}, vertex.placeOf(), fragment.placeOf());
+    Reading compile(compiled), link(linked);
     const Text* heading = nullptr;
-    std::size_t count = 0;
     std::istringstream lines(log);
     for (std::string line; std::getline(lines, line);) {
         if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (line.empty()) continue;
+        if (line.find_first_not_of(" \t") == std::string::npos) continue;
         if (line == "Vertex info") heading = &vertex;
         if (line == "Fragment info") heading = &fragment;
-        check(compiled.at(count), line, &vertex);
-        check(linked.at(count++), line, heading);
+        if (line == "Link info") heading = nullptr;
+        compile.take(line, &vertex);
+        if (line != ".") link.take(inLink(line), heading);
     }
-    require(compiled.size() == count && linked.size() == count);
+    compile.end();
+    link.end();
     return 0;
 }

@@ -1,4 +1,5 @@
 #include <KyDriverLog.h>
+#include <KyRepeatedIncludes.h>
 #include "Commands.h"
 #include "Driver.h"
 #include "MacroSet.h"
@@ -177,8 +178,9 @@ private:
 
     static void addCompile(VariantReport& report, const Driver::Step& step,
                            const KyShaderOrigins& file, const MacroSet& macros) {
-        addMessages(report, step, {{file.path()}}, "does not compile",
-                    kyReadDriverLog(step.log, placesIn(file, macros)));
+        std::vector<KyShaderMessage> messages = kyReadDriverLog(step.log, placesIn(file, macros));
+        kyExplainRepeatedIncludes(messages, file);
+        addMessages(report, step, {{file.path()}}, "does not compile", messages);
     }
 
     static void addLink(VariantReport& report, const Driver::Step& step,

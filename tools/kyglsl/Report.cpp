@@ -96,11 +96,12 @@ void MessageList::add(const VariantReport& variant) {
 
 void MessageList::print(std::FILE* out) const {
     for (const Once& once : mAll) {
-        std::fputs(once.text->c_str(), out);
+        const std::size_t end = std::min(once.text->find('\n'), once.text->size());  // of a line
+        std::fwrite(once.text->data(), 1, end, out);
         if (once.count < mVariants)
             std::fprintf(out, " [%ld of %ld macro sets, first: %s]", once.count, mVariants,
                          once.first.empty() ? "none" : kyPrintable(once.first).c_str());
-        std::fputc('\n', out);
+        std::fprintf(out, "%s\n", once.text->c_str() + end);
     }
 }
 
