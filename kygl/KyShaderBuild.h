@@ -1,11 +1,10 @@
 #pragma once
 
 #include <kygl/KyDiagnostics.h>
+#include <kylib/KyResult.h>
 #include <kygl/kyglApi.h>
 
 #include <chrono>
-
-class KyResult;
 
 /// One compile or link that happened, as an observer of builds sees it.
 ///

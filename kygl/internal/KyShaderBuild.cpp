@@ -78,20 +78,6 @@ void KyShaderBuild::setObserver(Observer observer, void* user) {
     KyDiagnosis::forgetBuilds();
 }
 
-KyDiagnostics::Severity kySeverityOf(const KyShaderMessage& message) {
-    using From = KyShaderMessage::Severity;
-    using To = KyDiagnostics::Severity;
-    if (message.severity == From::Error) return To::Error;
-    return message.severity == From::Warning ? To::Warning : To::Note;
-}
-
-KyDiagnostics::Topic kyTopicOf(const KyShaderMessage& message) {
-    using From = KyShaderMessage::Topic;
-    if (message.topic == From::File) return KyDiagnostics::File;
-    if (message.topic == From::Include) return KyDiagnostics::Include;
-    return message.topic == From::Version ? KyDiagnostics::Version : KyDiagnostics::Build;
-}
-
 // What the observer throws passes; where there is no memory to show the build to it, it is not
 // called.
 void kyDeliverBuild(const KyShaderBuildRecord& record) {

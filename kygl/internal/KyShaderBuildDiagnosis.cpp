@@ -9,34 +9,9 @@ namespace {
 
 using Topic = KyDiagnostics::Topic;
 
-// "A; LIGHTS 3" for the lines of these macros.
-std::string macrosOf(const KyShaderBuildStage& stage) {
-    constexpr std::string_view kDefine = "#define ";
-    std::string all;
-    std::string_view lines(stage.macroLines.dataPtr());
-    while (!lines.empty()) {
-        const std::size_t end = std::min(lines.find('\n'), lines.size() - 1);
-        std::string_view macro = lines.substr(0, end);
-        if (macro.substr(0, kDefine.size()) == kDefine) macro.remove_prefix(kDefine.size());
-        all += (all.empty() ? "" : "; ") + std::string(macro);
-        lines.remove_prefix(end + 1);
-    }
-    return all;
-}
-
-// " (context 3; macros: A; LIGHTS 3)"
-std::string circumstances(const KyShaderBuildRecord& record) {
-    const std::string vertex = record.hasVertex ? macrosOf(record.vertex) : "";
-    const std::string fragment = record.hasFragment ? macrosOf(record.fragment) : "";
-    std::string text = " (context " + std::to_string(record.context);
-    if (vertex == fragment || !record.isLink()) {
-        if (!(vertex + fragment).empty())
-            text += "; macros: " + (vertex.empty() ? fragment : vertex);
-    } else {
-        text +=
-            "; macros of the vertex shader: " + vertex + "; of the fragment shader: " + fragment;
-    }
-    return text + ")";
+std::string circumstancesOf(const KyShaderBuildRecord& record) {
+    return kyCircumstances(record.context, record.hasVertex ? &record.vertex : nullptr,
+                           record.hasFragment ? &record.fragment : nullptr);
 }
 
 std::string nameOf(const KyShaderBuildRecord& record) {
@@ -46,7 +21,7 @@ std::string nameOf(const KyShaderBuildRecord& record) {
 }
 
 std::string subjectOf(const KyShaderBuildRecord& record) {
-    return "build|" + nameOf(record) + circumstances(record);
+    return "build|" + nameOf(record) + circumstancesOf(record);
 }
 
 KyFinding::Message show(const KyShaderMessage& message) {
@@ -139,7 +114,7 @@ void diagnoseRepetition(const KyShaderBuildRecord& record, const std::string& su
             std::to_string(count.objectsLeft) +
             " GL objects that nobody deletes are left so far; do not apply a program for which "
             "compile has returned false, and correct the shader" +
-            circumstances(record);
+            circumstancesOf(record);
         const KyShaderBuildStage& stage = record.hasVertex ? record.vertex : record.fragment;
         return KyFinding{subject + "|again",
                          {{KyDiagnostics::Severity::Warning, text, stage.path.dataPtr()}},
@@ -160,7 +135,7 @@ void diagnoseResult(const KyShaderBuildRecord& record) {
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != KyDiagnostics::Build) continue;
             found.messages.push_back(show(message));
-            found.messages.back().text += circumstances(record);
+            found.messages.back().text += circumstancesOf(record);
         }
         return found;
     });

@@ -39,3 +39,8 @@ struct KyShaderBuildRecord {
 KyDiagnostics::Severity kySeverityOf(const KyShaderMessage& message);
 /// What it is about.
 KyDiagnostics::Topic kyTopicOf(const KyShaderMessage& message);
+
+/// What a sentence about a build ends with: " (context 3; macros: A; LIGHTS 3)".
+/// @param vertex,fragment null for a stage that it is not about
+std::string kyCircumstances(unsigned int context, const KyShaderBuildStage* vertex,
+                            const KyShaderBuildStage* fragment);
