@@ -17,10 +17,11 @@ struct ExpandOptions {
 };
 
 struct CheckOptions {
+    enum class Format { Text, Json, Sarif };
     std::string root;
     std::vector<std::string> macros;  // in front of those of every program
     bool raw = false;
-    bool json = false;
+    Format format = Format::Text;
     bool strict = false;  // as for `expand`
     bool isList = false;  // of programs: a table ends the run
 };

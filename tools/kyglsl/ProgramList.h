@@ -39,6 +39,7 @@ struct Program {
     std::vector<MacroLine> lines;
     KyShaderPlace place = {};  // in a list
 
+    std::string name() const;  ///< the names of its files
     unsigned long variants() const;
 };
 

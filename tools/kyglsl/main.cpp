@@ -1,4 +1,5 @@
 /// kyglsl: shows what the library makes of shader files, and what the driver says to that.
+#include <KyNormalPath.h>
 #include <KyPrintable.h>
 #include "Commands.h"
 
@@ -6,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <map>
 
 namespace {
 
@@ -32,6 +34,24 @@ void addRoot(CLI::App* command, std::string& root) {
 
 void addStrict(CLI::App* command, bool& strict) {
     command->add_flag("--strict", strict, "exit status 1 with any warning");
+}
+
+void addFormat(CLI::App* command, CheckOptions::Format& format) {
+    using Format = CheckOptions::Format;
+    const auto choose = [&format](const std::string& name) {
+        const std::map<std::string, Format> formats = {
+            {"text", Format::Text}, {"json", Format::Json}, {"sarif", Format::Sarif}};
+        const auto found = formats.find(name);
+        if (found == formats.end()) throw UsageError("--format: text, json or sarif");
+        format = found->second;
+    };
+    auto* const option =
+        command->add_option_function<std::string>("--format", choose, "text, json or sarif")
+            ->type_name("FORMAT");
+    command
+        ->add_flag_callback(
+            "--json", [&format] { format = Format::Json; }, "as --format json")
+        ->excludes(option);
 }
 
 CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
@@ -61,24 +81,25 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     addMacros(command, options.check.macros);
     addRoot(command, options.check.root);
     command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
-    command->add_flag("--json", options.check.json, "everything as JSON");
+    addFormat(command, options.check.format);
     addStrict(command, options.check.strict);
     return command;
 }
 
 // Names in a list are seen from where the list lies, unless there is a root.
 std::vector<Program> programs(const Options& options) {
-    if (options.list.empty()) {
-        if (options.pair.vertex.empty()) throw UsageError("check: VERTEX FRAGMENT or --list FILE");
-        return {{options.pair.vertex, options.pair.fragment, {MacroLine()}, {}}};
-    }
-    std::vector<Program> list = readProgramList(options.list);
+    std::vector<Program> list;
+    if (!options.list.empty())
+        list = readProgramList(options.list);
+    else if (!options.pair.vertex.empty())
+        list = {{options.pair.vertex, options.pair.fragment, {MacroLine()}, {}}};
+    else
+        throw UsageError("check: VERTEX FRAGMENT or --list FILE");
     if (!options.check.root.empty()) return list;
     const std::filesystem::path folder = std::filesystem::path(options.list).parent_path();
-    for (Program& program : list) {
-        program.vertex = (folder / program.vertex).string();
-        program.fragment = (folder / program.fragment).string();
-    }
+    for (Program& program : list)
+        for (std::string* name : {&program.vertex, &program.fragment})
+            *name = kyNormalPath((folder / *name).string());
     return list;
 }
 
@@ -103,6 +124,8 @@ int run(int argc, char** argv) {
     if (macros.size() > kMaxMacros) throw UsageError("-D: more than 1000 macros");
     if (isExpand->parsed()) return expand(options.expand);
     options.check.isList = !options.list.empty();
+    if (options.check.raw && options.check.format == CheckOptions::Format::Sarif)
+        throw UsageError("--raw: SARIF has no place for logs");
     return check(programs(options), options.check);
 }
 
