@@ -1,5 +1,7 @@
 #include "Checker.h"
 
+#include "StandIn.h"
+
 #include <KyDriverLog.h>
 #include <KyRepeatedIncludes.h>
 
@@ -33,12 +35,33 @@ void addCompile(VariantReport& report, const Driver::Step& step, const KyShaderO
     addMessages(report, step, {{file.path()}}, "does not compile", messages);
 }
 
-void addLink(VariantReport& report, const Driver::Step& step, const KyShaderOrigins& vertex,
-             const KyShaderOrigins& fragment, const MacroSet& macros) {
-    const std::vector<KyShaderPlace> pair = {{vertex.path()}, {fragment.path()}};
-    addMessages(
-        report, step, pair, "does not link",
-        kyReadLinkLog(step.log, pair, placesIn(vertex, macros), placesIn(fragment, macros)));
+// A stand-in has no place, and what is warned of is how little it does.
+void addLink(VariantReport& report, const Driver::Step& step, const KyShaderOrigins* vertex,
+             const KyShaderOrigins* fragment, const MacroSet& macros) {
+    std::vector<KyShaderPlace> files;
+    KyPlaceOf places[2];
+    for (const int stage : {0, 1}) {
+        const KyShaderOrigins* const file = stage == 0 ? vertex : fragment;
+        places[stage] = [](long /*line*/, long /*column*/) { return KyShaderPlace(); };
+        if (file == nullptr) continue;
+        places[stage] = placesIn(*file, macros);
+        files.push_back({file->path()});
+    }
+    std::vector<KyShaderMessage> messages = kyReadLinkLog(step.log, files, places[0], places[1]);
+    const auto isWarning = [](const KyShaderMessage& message) {
+        return message.severity == KyShaderMessage::Severity::Warning;
+    };
+    if (files.size() == 1)
+        messages.erase(std::remove_if(messages.begin(), messages.end(), isWarning), messages.end());
+    addMessages(report, step, files, "does not link", messages);
+}
+
+// The stage compiles, and that is all that is known of it.
+void addUnlinked(VariantReport& report, const KyShaderOrigins& file) {
+    report.good = true;
+    report.messages.push_back({{{file.path()}},
+                               KyShaderMessage::Severity::Warning,
+                               "not linked: no stand-in of the other stage can be made of it"});
 }
 
 // @param failures why files of the program cannot be read
@@ -89,6 +112,7 @@ void Checker::readFiles() {
 std::vector<std::string> Checker::unreadFiles(const Program& program, bool hasMacros) {
     std::vector<std::string> failures;
     for (const std::string& name : {program.vertex, program.fragment}) {
+        if (name.empty()) continue;
         try {
             warn(mFiles.get(name), hasMacros);
         } catch (const UsageError& e) {
@@ -127,18 +151,33 @@ void Checker::build(const Program& program, const std::vector<std::string>& fail
     mOutput.endProgram();
 }
 
+const KyShaderOrigins* Checker::fileOf(const std::string& name) {
+    return name.empty() ? nullptr : &mFiles.get(name);
+}
+
 VariantReport Checker::buildVariant(const Program& program, const MacroSet& macros) {
-    const KyShaderOrigins& vertex = mFiles.get(program.vertex);
-    const KyShaderOrigins& fragment = mFiles.get(program.fragment);
-    const Driver::Build build = mDriver->build(macros.textFor(vertex), macros.textFor(fragment));
+    const KyShaderOrigins* const vertex = fileOf(program.vertex);
+    const KyShaderOrigins* const fragment = fileOf(program.fragment);
+    const auto text = [&](Stage stage) -> KyString {
+        const KyShaderOrigins* const file = stage == Stage::Vertex ? vertex : fragment;
+        if (file != nullptr) return macros.textFor(*file);
+        return stage == Stage::Vertex
+                   ? standInFor(Stage::Fragment, macros.textFor(*fragment).dataPtr()).c_str()
+                   : standInFor(Stage::Vertex, macros.textFor(*vertex).dataPtr()).c_str();
+    };
+    const Driver::Build build = mDriver->build(text(Stage::Vertex), text(Stage::Fragment));
     VariantReport report{macros.texts(), build.good(), {}, {}};
-    addCompile(report, build.vertex, vertex, macros);
-    addCompile(report, build.fragment, fragment, macros);
+    if (vertex != nullptr) addCompile(report, build.vertex, *vertex, macros);
+    if (fragment != nullptr) addCompile(report, build.fragment, *fragment, macros);
     if (build.vertex.good && build.fragment.good)
         addLink(report, build.link, vertex, fragment, macros);
-    if (mOptions.raw)
-        report.logs = {{"vertex", build.vertex.log},
-                       {"fragment", build.fragment.log},
-                       {"link", build.link.log}};
+    if (vertex == nullptr && build.fragment.good && !build.vertex.good)
+        addUnlinked(report, *fragment);
+    if (fragment == nullptr && build.vertex.good && !build.fragment.good)
+        addUnlinked(report, *vertex);
+    if (!mOptions.raw) return report;
+    if (vertex != nullptr) report.logs.push_back({"vertex", build.vertex.log});
+    if (fragment != nullptr) report.logs.push_back({"fragment", build.fragment.log});
+    report.logs.push_back({"link", build.link.log});
     return report;
 }

@@ -31,6 +31,7 @@ private:
     void warn(const KyShaderOrigins& file, bool hasMacros);
     void warn(const std::vector<KyShaderMessage>& warnings);
     void build(const Program& program, const std::vector<std::string>& failures);
+    const KyShaderOrigins* fileOf(const std::string& name);
     VariantReport buildVariant(const Program& program, const MacroSet& macros);
     int status() const;
 

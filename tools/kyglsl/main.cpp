@@ -68,6 +68,13 @@ CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
     return command;
 }
 
+void addStage(CLI::App* command, const char* name, std::string& file, CLI::Option* pair) {
+    command->add_option(name, file, "this stage alone, with a stand-in of the other")
+        ->type_name("FILE")
+        ->excludes(pair)
+        ->excludes(command->get_option("--list"));
+}
+
 CLI::App* addCheck(CLI::App& app, Options& options) {
     CLI::App* const command =
         app.add_subcommand("check", "Compile and link on this machine's driver");
@@ -78,6 +85,8 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     command->add_option("--list", options.list, "programs and their macro sets; see kyglsl(1)")
         ->type_name("FILE")
         ->excludes(vertex);
+    addStage(command, "--vertex", options.pair.vertex, vertex);
+    addStage(command, "--fragment", options.pair.fragment, vertex);
     addMacros(command, options.check.macros);
     addRoot(command, options.check.root);
     command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
@@ -91,15 +100,15 @@ std::vector<Program> programs(const Options& options) {
     std::vector<Program> list;
     if (!options.list.empty())
         list = readProgramList(options.list);
-    else if (!options.pair.vertex.empty())
+    else if (!options.pair.name().empty())
         list = {{options.pair.vertex, options.pair.fragment, {MacroLine()}, {}}};
     else
-        throw UsageError("check: VERTEX FRAGMENT or --list FILE");
+        throw UsageError("check: VERTEX FRAGMENT, --vertex FILE, --fragment FILE or --list FILE");
     if (!options.check.root.empty()) return list;
     const std::filesystem::path folder = std::filesystem::path(options.list).parent_path();
     for (Program& program : list)
         for (std::string* name : {&program.vertex, &program.fragment})
-            *name = kyNormalPath((folder / *name).string());
+            if (!name->empty()) *name = kyNormalPath((folder / *name).string());
     return list;
 }
 
