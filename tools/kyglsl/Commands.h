@@ -26,8 +26,15 @@ struct CheckOptions {
     bool isList = false;  // of programs: a table ends the run
 };
 
+struct WatchOptions {
+    std::string list;
+    CheckOptions check;
+};
+
 /// Each returns the exit status, 0 or 1, and throws a `UsageError` for 2.
 ///@{
 int expand(const ExpandOptions& options);
 int check(const std::vector<Program>& programs, const CheckOptions& options);
+/// Ends by a signal only.
+int watch(const WatchOptions& options);
 ///@}

@@ -32,6 +32,13 @@ const KyShaderOrigins& ShaderFiles::get(const std::string& name) {
     return file;
 }
 
+void ShaderFiles::ask(const std::string& name) {
+    try {
+        get(name);
+    } catch (const UsageError&) {  // it was asked for
+    }
+}
+
 std::vector<std::string> ShaderFiles::files() const {
     std::vector<std::string> all;
     for (const auto& [name, file] : mFiles)

@@ -16,6 +16,9 @@ public:
     /// Throws a `UsageError` when the file cannot be read, at each call.
     const KyShaderOrigins& get(const std::string& name);
 
+    /// The same, whether it can be read or not.
+    void ask(const std::string& name);
+
     /// Every file that was asked for, the missing ones too.
     std::vector<std::string> files() const;
 
