@@ -164,7 +164,8 @@ private:
     KYGL_LOCAL bool push(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL bool remove(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL void keepSource(const KyString& text);
-    KYGL_LOCAL KyShaderExpansion readFile() const;
+    KYGL_LOCAL KyString load(bool keepsOrigins);
+    KYGL_LOCAL KyShaderExpansion readFile(bool keepsOrigins) const;
     KYGL_LOCAL KyShaderBuildStage buildStage();
     KYGL_LOCAL void macrosChanged();
     KYGL_LOCAL void keyChanged();

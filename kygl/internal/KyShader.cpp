@@ -55,7 +55,7 @@ unsigned int KyShader::bringUpToDate(unsigned int context) {
     }
     deleteShader();
     const KyShaderBuildReport report;
-    const KyString text = loadFromFile();
+    const KyString text = load(static_cast<bool>(report));
     const KyResult result = kyglShaderGLSLCreateObject(text, mId, getType());
     const bool compiled = result.ok();
     mIsUpToDate = compiled;
@@ -87,16 +87,21 @@ void KyShader::compileCaching(unsigned int context) {
 }
 
 KyString KyShader::loadFromFile() {
+    return load(KyDiagnosis::wantsBuilds());
+}
+
+// @param keepsOrigins whether somebody may want to know where each line comes from
+KyString KyShader::load(bool keepsOrigins) {
     const KyString& source = mSharedSource != nullptr ? *mSharedSource : mSource;
     if (source.length() > 0) return shaderText(mParameters, source);
-    const KyShaderExpansion read = readFile();
+    const KyShaderExpansion read = readFile(keepsOrigins);
     if (read.isComplete) keepSource(read.text);
     return shaderText(mParameters, read.text);
 }
 
-KyShaderExpansion KyShader::readFile() const {
+KyShaderExpansion KyShader::readFile(bool keepsOrigins) const {
     const KyString path = shaderPath(mFolderPath, mFolderName, mFileName);
-    if (!KyDiagnosis::wantsBuilds()) return loadShader(path.dataPtr());
+    if (!keepsOrigins) return loadShader(path.dataPtr());
     const KyShaderKnownOrigins origins(KyShaderKnownOrigins::fullPath(path));
     return {origins.get()->source(), origins.get()->isComplete()};
 }
