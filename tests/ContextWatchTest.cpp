@@ -43,6 +43,7 @@ struct ContextWatchTest : testing::Test {
     ~ContextWatchTest() override {
         KyDiagnostics::disable();
         KyDiagnostics::setQueueLimit(10000);
+        pixels.destroy();
         kyglClearAllContexts();
         RecordedGL::current = 0;
     }
