@@ -143,10 +143,6 @@ KyShaderBuildRecord KyShaderBuildReport::linked(const KyShaderBuildStage& vertex
     return record;
 }
 
-KyShaderBuildBatch::KyShaderBuildBatch() : mIsOpen(KyDiagnosis::wantsBuilds()) {
-    if (mIsOpen) mOuter = std::exchange(tCurrent, this);
-}
-
 KyShaderBuildBatch::~KyShaderBuildBatch() {
     while (mIsOpen || mDelivered < mRecords.size()) {
         try {

@@ -41,12 +41,12 @@ private:
     std::chrono::steady_clock::time_point mStart;
 };
 
-/// Gathers the builds of one `compile` that may try a stage twice. `deliver` reports each once,
-/// with the result of its last attempt; where an exception passes, the destructor does. Costs one
-/// load while nobody listens.
+/// Gathers the builds of one `compile` that may try a stage twice, while somebody listens.
+/// `deliver` reports each once, with the result of its last attempt; where an exception passes, the
+/// destructor does.
 class KYGL_LOCAL KyShaderBuildBatch {
 public:
-    KyShaderBuildBatch();
+    KyShaderBuildBatch() : mOuter(std::exchange(tCurrent, this)) {}
     ~KyShaderBuildBatch();
     KyShaderBuildBatch(const KyShaderBuildBatch&) = delete;
     KyShaderBuildBatch& operator=(const KyShaderBuildBatch&) = delete;
@@ -62,8 +62,8 @@ private:
     // In the static block of the thread, where its first use takes no memory.
     [[gnu::tls_model("initial-exec")]] static inline thread_local KyShaderBuildBatch* tCurrent =
         nullptr;
-    bool mIsOpen;
-    KyShaderBuildBatch* mOuter = nullptr;
+    bool mIsOpen = true;
+    KyShaderBuildBatch* mOuter;
     std::vector<KyShaderBuildRecord> mRecords;
     std::size_t mDelivered = 0;
 };

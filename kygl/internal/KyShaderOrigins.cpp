@@ -1,5 +1,7 @@
 #include "KyShaderOrigins.h"
 
+#include "KyNormalPath.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
@@ -46,9 +48,9 @@ std::string reason(int error) {
 
 }  // namespace
 
-KyShaderOrigins::KyShaderOrigins(std::string path, KyShaderTop top, const std::string& tree)
-    : mPath(std::move(path)), mTree(treeOf(mPath, tree)) {
-    const KyShaderExpansion expansion = loadShader(mPath.c_str(), this, top);
+KyShaderOrigins::KyShaderOrigins(const std::string& path, KyShaderTop top, const std::string& tree)
+    : mPath(kyNormalPath(path)), mTree(treeOf(path, tree)) {
+    const KyShaderExpansion expansion = loadShader(path.c_str(), this, top);
     mText = expansion.text;
     mIsComplete = expansion.isComplete;
     finishText();
@@ -213,12 +215,13 @@ void KyShaderOrigins::file(const char* path, std::string_view text, KyShaderRead
     const bool isRound = !isTop && mReadings[mNestedIn].isRound;
     mReadings.push_back({number, mDirective, mNestedIn, isRound, !text.empty()});
     if (isTop) mOutcome = outcome;
-    if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = path;
+    const std::string& shown = mFiles[number].path;
+    if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = shown;
     mBytesRead += text.size();
     if (mFiles[number].isOutside)
         warn(place, Topic::Style, "tree",
-             inQuotes(path) + " lies outside the shader tree " + mTree);
-    if (isTop || !includesItself(mReadings.back())) warnOfOutcome(place, path, outcome, error);
+             inQuotes(shown) + " lies outside the shader tree " + mTree);
+    if (isTop || !includesItself(mReadings.back())) warnOfOutcome(place, shown, outcome, error);
     if (!text.empty()) mRest.push_back({mReadings.size() - 1, 0, text.size()});
 }
 
@@ -250,19 +253,19 @@ std::vector<KyShaderOrigins::Piece> KyShaderOrigins::takeFront(std::size_t count
 std::size_t KyShaderOrigins::fileNumber(const char* path, std::string_view text) {
     const auto [found, isNew] = mFileNumbers.emplace(path, mFiles.size());
     const bool leaves = isNew && *path != '\0' && normal(path).compare(0, mTree.size(), mTree) != 0;
-    if (isNew) mFiles.push_back({path, KySourceText({}), leaves, false});
+    if (isNew) mFiles.push_back({kyNormalPath(path), KySourceText({}), leaves, false});
     File& file = mFiles[found->second];
     if (file.isRead || text.empty()) return found->second;
     file.isRead = true;
     file.text = KySourceText(text);
     if (file.text.carriageReturnLine() > 0)
-        warn({path, file.text.carriageReturnLine()}, Topic::Style, "CR",
+        warn({file.path, file.text.carriageReturnLine()}, Topic::Style, "CR",
              "carriage returns reach the compiler");
     if (file.text.lineDirectiveLine() > 0)
-        warn({path, file.text.lineDirectiveLine()}, Topic::Style, "line",
+        warn({file.path, file.text.lineDirectiveLine()}, Topic::Style, "line",
              "#line: what the driver says of this text stays as it is, without places");
     if (text.substr(0, 4) == "\n\xEF\xBB\xBF")
-        warn({path, 1}, Topic::Style, "BOM", "a UTF-8 byte order mark reaches the compiler");
+        warn({file.path, 1}, Topic::Style, "BOM", "a UTF-8 byte order mark reaches the compiler");
     return found->second;
 }
 

@@ -19,10 +19,12 @@ public:
     /// Reads and expands the file, once. Throws `std::bad_alloc`.
     /// @param tree the folder that names should not leave; where it is empty, the one up to
     ///     "/share/shaders" in the path, or else that of the file
-    explicit KyShaderOrigins(std::string path, KyShaderTop top, const std::string& tree = {});
+    explicit KyShaderOrigins(const std::string& path, KyShaderTop top,
+                             const std::string& tree = {});
     KyShaderOrigins(const KyShaderOrigins&) = delete;
     KyShaderOrigins& operator=(const KyShaderOrigins&) = delete;
 
+    /// As `kyNormalPath` gives it; so are all paths below.
     const std::string& path() const { return mPath; }
     /// The text without macros, as the library keeps it.
     const KyString& source() const { return mText; }

@@ -107,6 +107,11 @@ void KyShaderTechnique::letGoOfProgram() noexcept {
 }
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
+    return KyDiagnosis::wantsBuilds() ? findOrBuildObserved(context) : findOrBuild(context);
+}
+
+// A stage that is tried twice is one build.
+[[gnu::cold]] bool KyShaderTechnique::findOrBuildObserved(unsigned int context) {
     KyShaderBuildBatch builds;
     const bool isThere = findOrBuild(context);
     builds.deliver();

@@ -17,16 +17,24 @@ struct ExpandOptions {
 };
 
 struct CheckOptions {
+    enum class Format { Text, Json, Sarif };
     std::string root;
     std::vector<std::string> macros;  // in front of those of every program
     bool raw = false;
-    bool json = false;
+    Format format = Format::Text;
     bool strict = false;  // as for `expand`
     bool isList = false;  // of programs: a table ends the run
+};
+
+struct WatchOptions {
+    std::string list;
+    CheckOptions check;
 };
 
 /// Each returns the exit status, 0 or 1, and throws a `UsageError` for 2.
 ///@{
 int expand(const ExpandOptions& options);
 int check(const std::vector<Program>& programs, const CheckOptions& options);
+/// Ends by a signal only.
+int watch(const WatchOptions& options);
 ///@}

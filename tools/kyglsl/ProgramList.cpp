@@ -132,6 +132,10 @@ std::vector<std::string> MacroLine::macros(unsigned long choice) const {
     return texts;
 }
 
+std::string Program::name() const {
+    return vertex + (vertex.empty() || fragment.empty() ? "" : " ") + fragment;
+}
+
 unsigned long Program::variants() const {
     unsigned long count = 0;
     for (const MacroLine& line : lines)

@@ -32,13 +32,15 @@ private:
     unsigned long mSwitches = 0;
 };
 
-/// What is to be built: a pair of shader files, with each choice of each line of macros.
+/// What is to be built: a pair of shader files, or one of them with a stand-in of the other, with
+/// each choice of each line of macros.
 struct Program {
-    std::string vertex;
-    std::string fragment;
+    std::string vertex;    // empty: a stand-in
+    std::string fragment;  // empty: a stand-in
     std::vector<MacroLine> lines;
     KyShaderPlace place = {};  // in a list
 
+    std::string name() const;  ///< the names of its files
     unsigned long variants() const;
 };
 

@@ -3,7 +3,6 @@
 #include <KyShaderMessage.h>
 #include "ProgramList.h"
 
-#include <cstdio>
 #include <map>
 #include <string>
 #include <vector>
@@ -22,53 +21,28 @@ struct VariantReport {
     bool hasWarning() const;  ///< of the driver
 };
 
-/// A row of the table. Variants are only counted, because there may be many.
-struct ProgramReport {
-    std::string name;  // the names of its files
-    long variants = 0;
-    long failures = 0;
-    long withWarnings = 0;  // of those that build
-
-    void add(const VariantReport& variant);
-};
+/// "A; B 2"
+std::string joined(const std::vector<std::string>& macros);
 
 /// The messages of one program, each once, in the order in which they came.
 class MessageList {
 public:
-    void add(const VariantReport& variant);
-    /// One that not all variants have, with how many do and the first of them.
-    void print(std::FILE* out) const;
-
-private:
-    struct Once {
-        const std::string* text;
-        std::string first;  // the macros of a variant
-        long count;
-        long last;  // of the variants
+    struct Item {
+        KyShaderMessage message;
+        std::vector<std::string> first;  // the macros of a variant
+        long count;                      // of the variants that have it
     };
-    std::map<std::string, std::size_t> mKnown;
-    std::vector<Once> mAll;
-    long mVariants = 0;
-};
 
-/// The logs as they stand, but for a line end behind each.
-/// @param program heads each log together with what it is of, unless it is empty
-void printLogs(std::FILE* out, const VariantReport& variant, const std::string& program);
-
-/// One row for each program and one for all.
-void printTable(std::FILE* out, const std::vector<ProgramReport>& programs);
-
-/// All that there is to say, as one JSON object, written as it comes.
-class JsonReport {
-public:
-    explicit JsonReport(std::FILE* out) : mOut(out) {}
-    void beginProgram(const Program& program);
     void add(const VariantReport& variant);
-    /// @param warnings what there is to say of the files themselves
-    void end(const std::vector<KyShaderMessage>& warnings);
+    const std::vector<Item>& items() const { return mItems; }
+    long variants() const { return mVariants; }
+
+    /// The message as text. One that not all variants have tells how many do and the first of them.
+    std::string text(const Item& item) const;
 
 private:
-    std::FILE* mOut;
-    bool mHasProgram = false;
-    bool mHasVariant = false;
+    std::map<std::string, std::size_t> mKnown;
+    std::vector<Item> mItems;
+    std::vector<long> mLast;  // of the variants, for each item
+    long mVariants = 0;
 };

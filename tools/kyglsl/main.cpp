@@ -1,116 +1,13 @@
 /// kyglsl: shows what the library makes of shader files, and what the driver says to that.
 #include <KyPrintable.h>
-#include "Commands.h"
-
-#include <CLI/CLI.hpp>
+#include "CommandLine.h"
 
 #include <cstdio>
-#include <filesystem>
-
-namespace {
-
-struct Options {
-    ExpandOptions expand;
-    CheckOptions check;
-    Program pair;
-    std::string list;
-};
-
-void addMacros(CLI::App* command, std::vector<std::string>& macros) {
-    command
-        ->add_option("-D", macros, "macro, as KyShader::pushParameter takes it: NAME or 'NAME 3'")
-        ->type_name("TEXT")
-        ->allow_extra_args(false);
-}
-
-void addRoot(CLI::App* command, std::string& root) {
-    command
-        ->add_option("--root", root,
-                     "as KyShader::mFolderPath: names are looked for in ROOT/share/shaders/")
-        ->type_name("ROOT");
-}
-
-void addStrict(CLI::App* command, bool& strict) {
-    command->add_flag("--strict", strict, "exit status 1 with any warning");
-}
-
-CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
-    CLI::App* const command =
-        app.add_subcommand("expand", "Print the text that the library gives to the GL");
-    command->add_option("FILE", options.file, "shader file")->required();
-    addMacros(command, options.macros);
-    addRoot(command, options.root);
-    command->add_flag("--lines", options.lines, "in front of each line, where it comes from");
-    addStrict(command, options.strict);
-    command->add_option("--deps", options.deps, "write a rule for make: which files were read")
-        ->type_name("FILE");
-    command->add_option("-o,--output", options.output, "write the text there")->type_name("FILE");
-    return command;
-}
-
-CLI::App* addCheck(CLI::App& app, Options& options) {
-    CLI::App* const command =
-        app.add_subcommand("check", "Compile and link on this machine's driver");
-    auto* const vertex = command->add_option("VERTEX", options.pair.vertex, "vertex shader file");
-    auto* const fragment =
-        command->add_option("FRAGMENT", options.pair.fragment, "fragment shader file");
-    vertex->needs(fragment);
-    command->add_option("--list", options.list, "programs and their macro sets; see kyglsl(1)")
-        ->type_name("FILE")
-        ->excludes(vertex);
-    addMacros(command, options.check.macros);
-    addRoot(command, options.check.root);
-    command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
-    command->add_flag("--json", options.check.json, "everything as JSON");
-    addStrict(command, options.check.strict);
-    return command;
-}
-
-// Names in a list are seen from where the list lies, unless there is a root.
-std::vector<Program> programs(const Options& options) {
-    if (options.list.empty()) {
-        if (options.pair.vertex.empty()) throw UsageError("check: VERTEX FRAGMENT or --list FILE");
-        return {{options.pair.vertex, options.pair.fragment, {MacroLine()}, {}}};
-    }
-    std::vector<Program> list = readProgramList(options.list);
-    if (!options.check.root.empty()) return list;
-    const std::filesystem::path folder = std::filesystem::path(options.list).parent_path();
-    for (Program& program : list) {
-        program.vertex = (folder / program.vertex).string();
-        program.fragment = (folder / program.fragment).string();
-    }
-    return list;
-}
-
-int run(int argc, char** argv) {
-    CLI::App app("Shows what libkygl makes of shader files, and what the driver says to that.");
-    Options options;
-    app.set_version_flag("--version", "kyglsl " KYGLSL_VERSION);
-    app.require_subcommand(1);
-    app.footer("Exit status: 0 clean, 1 errors in shaders, 2 wrong use or no display.");
-    const CLI::App* const isExpand = addExpand(app, options.expand);
-    addCheck(app, options);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success& help) {
-        return app.exit(help);
-    } catch (const CLI::RequiredError&) {
-        const std::vector<std::string> words = app.remaining();
-        if (!app.get_subcommands().empty() || words.empty()) throw;
-        throw UsageError("'" + words.front() + "' is neither expand nor check; see kyglsl --help");
-    }
-    const auto& macros = isExpand->parsed() ? options.expand.macros : options.check.macros;
-    if (macros.size() > kMaxMacros) throw UsageError("-D: more than 1000 macros");
-    if (isExpand->parsed()) return expand(options.expand);
-    options.check.isList = !options.list.empty();
-    return check(programs(options), options.check);
-}
-
-}  // namespace
+#include <exception>
 
 int main(int argc, char** argv) {
     try {
-        return run(argc, argv);
+        return runCommandLine(argc, argv);
     } catch (const std::exception& e) {
         std::fprintf(stderr, "kyglsl: %s\n", kyPrintable(e.what()).c_str());
         return 2;
