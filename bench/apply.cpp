@@ -4,9 +4,12 @@
 
 #include "support.h"
 
+#include <kygl/KyDiagnostics.h>
+#include <kygl/kygl.h>
 #include <kygl/kyglShaderGLSL.h>
 #include <kygl/KyShaderProgram.h>
 #include <kygl/KyShaderUniform.h>
+#include <sogl/SoGLContext.h>
 #include <sogl/SoGLEW.h>
 
 #include <stdexcept>
@@ -55,6 +58,24 @@ struct Library {
         program.apply(kContext);
         program.unUse();
     }
+};
+
+// With diagnostics on and nothing to report.
+struct Diagnosed : Library<NoOpGLInContext> {
+    explicit Diagnosed(int uniforms) : Library(uniforms) {
+        KyDiagnostics::enable();
+        kyglSetContext(kContext);
+    }
+    ~Diagnosed() {
+        KyDiagnostics::disable();
+        kyglClearAllContexts();
+    }
+};
+
+// The part of it that asks GLX which context is current.
+struct AskingForContext {
+    NoOpGLInContext gl;
+    void operator()() const { benchmark::DoNotOptimize(SoGLContext::getCurrent(false)); }
 };
 
 // The program has built other variants as well.
@@ -233,12 +254,15 @@ void addApply() {
         addSide(name + "/table", [=] { return Table(uniforms); });
         addRatio({name + "/library", name + "/raw"});
         addRatio({name + "/library", name + "/table"});
+        addSide(name + "/diagnosed", [=] { return Diagnosed(uniforms); });
+        addRatio({name + "/diagnosed", name + "/library"});
 
         const std::string driver = name + "Driver";
         addSide(driver + "/library", [=] { return Library<RealGL>(uniforms); });
         addSide(driver + "/raw", [=] { return Raw<RealGL>(uniforms); });
         addRatio({driver + "/library", driver + "/raw", 1.05});
     }
+    addSide("currentContext", [] { return AskingForContext(); });
     for (const int variants : {1, 1000})
         addSide("apply4/variants" + std::to_string(variants),
                 [=] { return AmongVariants(variants); });

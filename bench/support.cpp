@@ -182,6 +182,16 @@ const Pbuffer& pbuffer() {
     return one;
 }
 
+void makeContextCurrent() {
+    const Pbuffer& p = pbuffer();
+    if (!glXMakeContextCurrent(p.display, p.drawable, p.drawable, p.context))
+        throw std::runtime_error("the GLX context cannot be made current");
+}
+
+void releaseContext() {
+    glXMakeContextCurrent(pbuffer().display, None, None, nullptr);
+}
+
 }  // namespace
 
 NoOpGL::NoOpGL() {
@@ -192,10 +202,16 @@ NoOpGL::~NoOpGL() {
     drainAll();
 }
 
+NoOpGLInContext::NoOpGLInContext() {
+    makeContextCurrent();
+}
+
+NoOpGLInContext::~NoOpGLInContext() {
+    releaseContext();
+}
+
 RealGL::RealGL() {
-    const Pbuffer& p = pbuffer();
-    if (!glXMakeContextCurrent(p.display, p.drawable, p.drawable, p.context))
-        throw std::runtime_error("the GLX context cannot be made current");
+    makeContextCurrent();
     install(true);
     // What fonts of other sides left behind.
     while (glGetError() != GL_NO_ERROR) {
@@ -204,7 +220,7 @@ RealGL::RealGL() {
 
 RealGL::~RealGL() {
     drainAll();
-    glXMakeContextCurrent(pbuffer().display, None, None, nullptr);
+    releaseContext();
 }
 
 std::string writeShader(const std::string& file, const std::string& text) {

@@ -63,6 +63,12 @@ struct NoOpGL {
     ~NoOpGL();
 };
 
+/// The same with a GLX context current on this thread, as `RealGL` makes one.
+struct NoOpGLInContext : NoOpGL {
+    NoOpGLInContext();
+    ~NoOpGLInContext();
+};
+
 /// While one lives, the entry points are the driver's and a GLX context on a small pbuffer is
 /// current on this thread. Throws `std::runtime_error` where there is none to be had.
 struct RealGL {

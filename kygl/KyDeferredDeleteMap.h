@@ -6,6 +6,8 @@
 
 #include <atomic>
 
+class KyQueueWatch;
+
 /// GL objects that wait to be deleted in their own context.
 ///
 /// A GL object can only be deleted while its context is current, but its owner may die at any
@@ -92,13 +94,17 @@ public:
     };
 
 private:
+    using Queue = KyDArray<MapObject>;
+
     KYGL_LOCAL KyDeferredDeleteMap() = default;
+    KYGL_LOCAL void pushWatched(Queue KyDeferredDeleteMap::*list, const MapObject& object);
 
     KyDArray<MapObject> mShaderHandles KY_GUARDED_BY(mMutex);
     KyDArray<MapObject> mProgramHandles KY_GUARDED_BY(mMutex);
     KyDArray<MapObject> mTextureHandles KY_GUARDED_BY(mMutex);
     KyDArray<MapObject> mBufferHandles KY_GUARDED_BY(mMutex);
     KyMutex mMutex{false};
+    KyQueueWatch* mWatch KY_GUARDED_BY(mMutex) = nullptr;  ///< owned; null until diagnostics are on
 
     KYGL_LOCAL static std::atomic<KyDeferredDeleteMap*> mDeferredMap;
 };

@@ -19,9 +19,11 @@
 /// the oldest is forgotten, and its message can come again.
 ///
 /// Off, as at the start, the library makes the GL calls and the allocations that it makes without
-/// this class. On, it takes GL errors away that it finds pending before its own first call, and
-/// reports them. Any thread may call anything here. A message for which there is no memory is
-/// lost; nothing else changes then.
+/// this class. On, each operation with an id asks GLX which context is current, and with the topic
+/// `Error` it reads `glGetError` before its own first call: an error that was pending is reported
+/// and gone. Where nothing is wrong a steady `apply` still allocates nothing and takes no lock of
+/// the library. Any thread may call anything here. A message for which there is no memory is lost;
+/// nothing else changes then.
 class KYGL_API KyDiagnostics {
 public:
     /// How bad it is.

@@ -19,10 +19,10 @@ struct KyShaderExpansion;
 ///   set and context that was ever used, and borrows the name of the matching one. Entries stay
 ///   until the shader dies.
 ///
-/// A shader belongs to one thread at a time, and `compile` runs with the GL context of its
-/// argument current; neither is checked. GL objects are never deleted here: they go to
-/// `KyDeferredDeleteMap` under their own context. Failure is the name 0; what is reported is a GL
-/// error that is left over after a compile, and one of fetching its log.
+/// A shader belongs to one thread at a time, and `compile` runs with the GL context of its argument
+/// current; of these `KyDiagnostics` checks the context alone. GL objects are never deleted here:
+/// they go to `KyDeferredDeleteMap` under their own context. Failure is the name 0; what is
+/// reported is a GL error that is left over after a compile, and one of fetching its log.
 /// Have GLSL checked first (`kyglGLSLAvailable`): without it a compile fails or does nothing, as
 /// the driver pleases.
 class KYGL_API KyShader {
@@ -158,7 +158,9 @@ protected:
 private:
     friend class KyShaderTechnique;
     friend class KyShaderProgram;
+    friend class KyShaderTechnique;
 
+    KYGL_LOCAL unsigned int bringUpToDate(unsigned int context);
     KYGL_LOCAL bool push(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL bool remove(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL void keepSource(const KyString& text);

@@ -19,7 +19,7 @@ class KyShaderKeptUniforms;
 /// The shaders are borrowed. They must outlive the technique, those that were replaced as well, and
 /// serve this technique alone: it learns of a change by finding a shader not current. A technique
 /// belongs to one thread at a time, and whatever reaches the GL runs with the context of its
-/// argument current; that is not checked. Programs are never deleted here: they go to
+/// argument current, which only `KyDiagnostics` checks. Programs are never deleted here: they go to
 /// `KyDeferredDeleteMap` under their context.
 class KYGL_API KyShaderTechnique {
 public:
@@ -117,6 +117,11 @@ public:
 private:
     friend class KyShaderProgram;
 
+    KYGL_LOCAL void judge(const char* operation, unsigned int context, bool takesId);
+    KYGL_LOCAL void applyJudged(unsigned int context);
+    KYGL_LOCAL void use(unsigned int context);
+    KYGL_LOCAL bool isBuilt(unsigned int context) const;
+    KYGL_LOCAL bool build(unsigned int context);
     KYGL_LOCAL void keepUniforms(bool locations, bool values);
     KYGL_LOCAL void forgetSent();
     KYGL_LOCAL void sendUniforms();

@@ -20,9 +20,9 @@
 ///
 /// Filter and wrap modes are those of a fresh GL texture until the caller sets them, and enabling
 /// the target is the caller's too. An object belongs to one thread at a time. The context id is
-/// taken on trust: the context that it names must be current. GL errors change nothing in the
-/// course of an operation; that of an upload, such as a size that the driver refuses, is notified
-/// once and the texture kept as it is until the pixels change.
+/// taken on trust, except by `KyDiagnostics`: the context that it names must be current. GL errors
+/// change nothing in the course of an operation; that of an upload, such as a size that the driver
+/// refuses, is notified once and the texture kept as it is until the pixels change.
 class KYGL_API KyTexture {
 public:
     KyTexture() = default;

@@ -1,6 +1,8 @@
+#include "support/Messages.h"
 #include "support/RealGLX.h"
 #include "support/Reports.h"
 
+#include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kygl.h>
 #include <kygl/kyglShaderGLSL.h>
 #include <sogl/SoGLContext.h>
@@ -50,6 +52,21 @@ TEST_F(ContextGLTest, eachContextHasItsOwnObjectWhicheverThreadAsks) {
     }).join();
     gl->release();
     EXPECT_EQ(SoGLContext::getCurrent(false), nullptr);
+}
+
+// Also where the driver gives a new context the address of the old one.
+TEST_F(ContextGLTest, diagnosticsKnowTheContextOfAnId) {
+    Messages messages;
+    kyglSetContext(1);
+    KyDeferredDeleteMap::deferredDelete(1);
+    EXPECT_TRUE(messages.take().empty());
+    glEnable(GL_TEXTURE_BINDING_1D);  // no such capability
+    KyDeferredDeleteMap::deferredDelete(1);
+    EXPECT_EQ(messages.take().at(0).find("context 1: error: GL_INVALID_ENUM was pending"), 0U);
+    gl = std::make_unique<RealGLX>();
+    KyDeferredDeleteMap::deferredDelete(1);
+    EXPECT_EQ(messages.take().size(), 1U);
+    kyglClearAllContexts();
 }
 
 // Drivers hand out the address of a destroyed context again, on one connection and on the next.

@@ -1,7 +1,10 @@
 #include <kygl/KyDeferredDeleteMap.h>
 
+#include "KyContextWatch.h"
+#include "KyDiagnosis.h"
 #include "kyglCheck.h"
 #include "kyglScopedLock.h"
+#include "KyQueueWatch.h"
 
 #include <algorithm>
 #include <cstring>
@@ -51,19 +54,24 @@ private:
     long mKept;   // elements from here on stay
 };
 
-using Queue = KyDArray<KyDeferredDeleteMap::MapObject>;
+using List = KyQueueWatch::List;
 
-long count(const Queue& list, unsigned int context) {
+long count(const List& list, unsigned int context) {
     return std::count_if(list.data, list.data + list.size,
                          [=](const auto& object) { return object.context == context; });
 }
 
-long forget(Queue& list, unsigned int context) {
+long forget(List& list, unsigned int context) {
     const long before = list.size;
     list.resize(std::remove_if(list.data, list.data + list.size,
                                [=](const auto& object) { return object.context == context; }) -
                 list.data);
     return before - list.size;
+}
+
+// The names of a context are about to go.
+void reportsEnd(unsigned int context) {
+    KyDiagnosis::ended(KyDiagnostics::Queue, [=] { return KyQueueWatch::subject(context); });
 }
 
 }  // namespace
@@ -112,27 +120,51 @@ long KyDeferredDeleteMap::discard(unsigned int context) {
 }
 
 void KyDeferredDeleteMap::pushShader(unsigned int handle, unsigned int context) {
+    if (KyDiagnosis::isOn())
+        return pushWatched(&KyDeferredDeleteMap::mShaderHandles, {handle, context});
     const KyScopedLock hold(mMutex);
     mShaderHandles.append({handle, context});
 }
 
 void KyDeferredDeleteMap::pushTehnique(unsigned int handle, unsigned int context) {
+    if (KyDiagnosis::isOn())
+        return pushWatched(&KyDeferredDeleteMap::mProgramHandles, {handle, context});
     const KyScopedLock hold(mMutex);
     mProgramHandles.append({handle, context});
 }
 
 void KyDeferredDeleteMap::pushTexture(unsigned int handle, unsigned int context) {
+    if (KyDiagnosis::isOn())
+        return pushWatched(&KyDeferredDeleteMap::mTextureHandles, {handle, context});
     const KyScopedLock hold(mMutex);
     mTextureHandles.append({handle, context});
 }
 
 void KyDeferredDeleteMap::pushBuffer(unsigned int handle, unsigned int context) {
+    if (KyDiagnosis::isOn())
+        return pushWatched(&KyDeferredDeleteMap::mBufferHandles, {handle, context});
     const KyScopedLock hold(mMutex);
     mBufferHandles.append({handle, context});
 }
 
-void KyDeferredDeleteMap::callDeferredDelete(unsigned int context) {
+void KyDeferredDeleteMap::pushWatched(Queue KyDeferredDeleteMap::*list, const MapObject& object) {
+    const KyDiagnosis::Postponed reports;
     const KyScopedLock hold(mMutex);
+    (this->*list).append(object);
+    if (mWatch == nullptr) mWatch = new (std::nothrow) KyQueueWatch;
+    if (mWatch != nullptr)
+        mWatch->pushed({mShaderHandles, mProgramHandles, mTextureHandles, mBufferHandles});
+}
+
+void KyDeferredDeleteMap::callDeferredDelete(unsigned int context) {
+    if (KyDiagnosis::isOn()) {
+        KyContextWatch::judgeAnew(
+            {"deferredDelete", "it deletes objects of that context that have the same names"},
+            context);
+        reportsEnd(context);
+    }
+    const KyScopedLock hold(mMutex);
+    if (mWatch != nullptr) mWatch->emptied(context);
     long i = 0;
     for (Sweep sweep(mShaderHandles, context); sweep.next(i);)
         KYGL_CHECKED(glDeleteObjectARB(mShaderHandles[i].handle), 0);
@@ -156,7 +188,9 @@ KyDeferredDeleteMap::Pending KyDeferredDeleteMap::countPending() {
 }
 
 long KyDeferredDeleteMap::callDiscard(unsigned int context) {
+    if (KyDiagnosis::isOn()) reportsEnd(context);
     const KyScopedLock hold(mMutex);
+    if (mWatch != nullptr) mWatch->emptied(context);
     return forget(mShaderHandles, context) + forget(mProgramHandles, context) +
            forget(mTextureHandles, context) + forget(mBufferHandles, context);
 }

@@ -75,8 +75,8 @@ public:
         }
     }
 
-    /// The fault of the subject that `makeSubject()` returns is over: it is reported anew when it
-    /// comes again.
+    /// The fault of the subject that `makeSubject()` returns is over, and so are those of subjects
+    /// whose names go on from there with "|": they are reported anew when they come again.
     template <typename MakeSubject>
     static void ended(KyDiagnostics::Topic topic, const MakeSubject& makeSubject) noexcept {
         if (!wants(topic)) return;
@@ -135,6 +135,12 @@ public:
     /// How many names of one context may wait for deletion.
     static long queueLimit();
 
+    /// How often diagnostics were enabled: what was reported before is forgotten.
+    static unsigned long enables() { return sEnables.load(std::memory_order_acquire); }
+    /// How often they were turned on: what was learned before may be out of date, because they were
+    /// off in between.
+    static unsigned long session() { return sSession.load(std::memory_order_acquire); }
+
 private:
     friend class KyDiagnostics;
 
@@ -157,4 +163,6 @@ private:
 
     static constexpr unsigned int kBuildObserver = KyDiagnostics::All + 1;
     static inline std::atomic<unsigned int> sTopics{0};  ///< 0 while nobody listens
+    static inline std::atomic<unsigned long> sEnables{0};
+    static inline std::atomic<unsigned long> sSession{0};
 };

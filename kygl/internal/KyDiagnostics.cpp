@@ -69,8 +69,15 @@ public:
         return mSubjects.size() > kMostSubjects ? take(oldest()) : std::nullopt;
     }
 
-    std::optional<Subject> forget(const std::string& subject) {
-        return take(mSubjects.find(subject));
+    /// One after the other: the subject, and those whose names go on from there with "|".
+    std::optional<Subject> forgetOne(const std::string& subject) {
+        const auto same = mSubjects.find(subject);
+        if (same != mSubjects.end()) return take(same);
+        const std::string prefix = subject + '|';
+        const auto next = mSubjects.lower_bound(prefix);
+        const bool isBelow =
+            next != mSubjects.end() && next->first.compare(0, prefix.size(), prefix) == 0;
+        return isBelow ? take(next) : std::nullopt;
     }
 
     std::map<std::string, Subject> forgetAll() { return std::exchange(mSubjects, {}); }
@@ -114,7 +121,8 @@ void KyDiagnosis::add(KyDiagnostics::Topic topic, KyFinding&& found) {
 void KyDiagnosis::forget(const std::string& subject) {
     const Postponed delivery;
     const KyScopedLock hold(Subjects::mutex);
-    if (const auto former = Subjects::instance().forget(subject)) postponeCount(*former);
+    while (const auto former = Subjects::instance().forgetOne(subject))
+        postponeCount(*former);
 }
 
 void KyDiagnosis::postponeCount(const Subject& subject) noexcept {
@@ -163,8 +171,9 @@ void KyDiagnostics::enable(Handler handler, void* user, unsigned int topics) {
     {
         const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
         KyDiagnosis::Subjects& subjects = KyDiagnosis::Subjects::instance();
-        KyDiagnosis::setTopics(0);
+        if (KyDiagnosis::setTopics(0) == 0) ++KyDiagnosis::sSession;
         subjects.forgetAll();
+        ++KyDiagnosis::sEnables;
     }
     sListener.set({handler != nullptr ? handler : writeToStandardError, user});
     KyDiagnosis::setTopics(topics);

@@ -1,5 +1,7 @@
 #include <kygl/KyShader.h>
 
+#include "KyContextWatch.h"
+#include "KyDiagnosis.h"
 #include "kyglCheck.h"
 #include "KyShaderBuildReport.h"
 #include "KyShaderKnownOrigins.h"
@@ -38,6 +40,14 @@ KyShader::~KyShader() {
 }
 
 unsigned int KyShader::compile(unsigned int context) {
+    if (KyDiagnosis::isOn())
+        KyContextWatch::judge(context, [this]() -> KyContextWatch::Operation {
+            return {"compile", "it builds a shader object there", mFileName.dataPtr()};
+        });
+    return bringUpToDate(context);
+}
+
+unsigned int KyShader::bringUpToDate(unsigned int context) {
     if (isCurrent(context)) return mId;
     if (mShaderCashing != nullptr) {
         compileCaching(context);
@@ -69,7 +79,7 @@ void KyShader::compileCaching(unsigned int context) {
         entry->mGLContext = context;
         entry->keyChanged();
     }
-    entry->compile(context);
+    entry->bringUpToDate(context);
     mId = entry->mId;
     mIsUpToDate = entry->mIsUpToDate;
     mHasObject = entry->mHasObject;

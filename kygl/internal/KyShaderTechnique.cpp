@@ -1,5 +1,7 @@
 #include <kygl/KyShaderTechnique.h>
 
+#include "KyContextWatch.h"
+#include "KyDiagnosis.h"
 #include "kyglCheck.h"
 #include "KyShaderBuildReport.h"
 #include "KyShaderKeptUniforms.h"
@@ -48,18 +50,37 @@ bool KyShaderTechnique::isCashing() const {
            mVertexShader->isCaching() && mFragmentShader->isCaching();
 }
 
+inline void KyShaderTechnique::judge(const char* operation, unsigned int context, bool takesId) {
+    KyContextWatch::judge(context, [=]() -> KyContextWatch::Operation {
+        const auto fileOf = [](const KyShader* shader) {
+            return shader != nullptr ? shader->mFileName.dataPtr() : nullptr;
+        };
+        return {operation, "it acts on GL objects that have the same names there",
+                fileOf(mVertexShader), fileOf(mFragmentShader), takesId};
+    });
+}
+
 bool KyShaderTechnique::compile(unsigned int context) {
+    if (KyDiagnosis::isOn()) judge("compile", context, true);
+    return isBuilt(context) || build(context);
+}
+
+inline bool KyShaderTechnique::isBuilt(unsigned int context) const {
+    return mVertexShader != nullptr && mFragmentShader != nullptr &&
+           mVertexShader->isCurrent(context) && mFragmentShader->isCurrent(context) &&
+           mHasProgram && mIsUpToDate && mGLContext == context && !mBuildFailed;
+}
+
+// Out of line, so that a steady apply saves no registers for it.
+[[gnu::noinline]] bool KyShaderTechnique::build(unsigned int context) {
     if (mVertexShader == nullptr || mFragmentShader == nullptr) return false;
-    if (mVertexShader->isCurrent(context) && mFragmentShader->isCurrent(context) && mHasProgram &&
-        mIsUpToDate && mGLContext == context && !mBuildFailed)
-        return true;
     return isCashing() ? compileCashing(context) : link(context);
 }
 
 bool KyShaderTechnique::link(unsigned int context) {
     deleteTechnique();
-    const unsigned int iov = mVertexShader->compile(context);
-    const unsigned int iof = mFragmentShader->compile(context);
+    const unsigned int iov = mVertexShader->bringUpToDate(context);
+    const unsigned int iof = mFragmentShader->bringUpToDate(context);
     if (!mVertexShader->isCurrent(context) || !mFragmentShader->isCurrent(context)) return false;
 
     const KyShaderBuildReport report;
@@ -133,10 +154,21 @@ bool KyShaderTechnique::findOrBuild(unsigned int context) {
     return true;
 }
 
+// While diagnostics are off, all that is left of them here is a load and a branch.
+void KyShaderTechnique::apply(unsigned int context) {
+    if (KyDiagnosis::isOn()) return applyJudged(context);
+    use(context);
+}
+
+[[gnu::noinline]] void KyShaderTechnique::applyJudged(unsigned int context) {
+    judge("apply", context, true);
+    use(context);
+}
+
 // After a failed build the name may be that of another context's program, and after a failed
 // glUseProgram another program may be in use: which one gets the values is not known.
-void KyShaderTechnique::apply(unsigned int context) {
-    if (compile(context)) {
+inline void KyShaderTechnique::use(unsigned int context) {
+    if (isBuilt(context) || build(context)) {
         const bool isUsed = KYGL_CHECKED(glUseProgram(mProgram), 0).ok();
         if (mKeepsLocations && isUsed)
             sendUniforms();
@@ -201,7 +233,9 @@ bool KyShaderTechnique::isApplied() {
 }
 
 bool KyShaderTechnique::applyUniform(KyShaderUniform* uniform) {
-    if (uniform == nullptr || !isApplied()) return false;
+    if (uniform == nullptr) return false;
+    if (KyDiagnosis::isOn() && mHasProgram) judge("applyUniform", mGLContext, false);
+    if (!isApplied()) return false;
     if (!mKeepsLocations || mBuildFailed || mEntry == nullptr || mEntry->mKept == nullptr)
         return uniform->activate(mProgram);
     const int location = mEntry->mKept->location(mUniformParameters.mUniforms.find(uniform));
@@ -240,8 +274,8 @@ KyShaderTechnique* KyShaderTechnique::KyTechniqueCaching::getTechnique(KyShader*
                                                                        KyShader* fragment,
                                                                        unsigned int context) {
     if (vertex == nullptr || fragment == nullptr) return nullptr;
-    const unsigned int vertexId = vertex->compile(context);
-    const unsigned int fragmentId = fragment->compile(context);
+    const unsigned int vertexId = vertex->bringUpToDate(context);
+    const unsigned int fragmentId = fragment->bringUpToDate(context);
     // 0 is the name of every stage that failed.
     if (vertexId != 0 && fragmentId != 0)
         for (long i = mVertexIds.find(vertexId); i < mVertexIds.size;
@@ -255,14 +289,14 @@ KyShaderTechnique* KyShaderTechnique::KyTechniqueCaching::getTechnique(KyShader*
     auto made = std::make_unique<KyShaderTechnique>(vertex, fragment);
     made->mUseCashing = false;
     try {
-        if (!made->compile(context)) return nullptr;
+        if (!made->build(context)) return nullptr;
     } catch (...) {
         // A program that the queue has no memory for stays here, under names that match nothing.
         if (made->mOwnsProgram) append(made.release(), 0, 0);
         throw;
     }
     // A stage that failed above may have compiled now: these are the names that were linked.
-    append(made.get(), vertex->compile(context), fragment->compile(context));
+    append(made.get(), vertex->bringUpToDate(context), fragment->bringUpToDate(context));
     return made.release();
 }
 

@@ -1,5 +1,7 @@
 #include <kygl/KyTexture.h>
 
+#include "KyContextWatch.h"
+#include "KyDiagnosis.h"
 #include "kyglCheck.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -42,6 +44,10 @@ void KyTexture::deletePixels() {
 
 int KyTexture::bindTexture(unsigned int context) {
     if (mPixels == nullptr) return 0;
+    if (KyDiagnosis::isOn())
+        KyContextWatch::judge(context, []() -> KyContextWatch::Operation {
+            return {"bindTexture", "it binds the texture that has the same name there"};
+        });
     if (mDirty) deleteTextures();
     for (long i = 0; i < mTextures.size; ++i) {
         KyTextureBase* const texture = mTextures[i];

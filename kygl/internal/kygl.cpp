@@ -1,6 +1,9 @@
 #include <kygl/kygl.h>
 
+#include "KyContextWatch.h"
+#include "KyDiagnosis.h"
 #include "kyglCheck.h"
+#include "kyglRegistry.h"
 #include "kyglScopedLock.h"
 
 #include <kygl/containers/KyHashTable.h>
@@ -15,6 +18,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <vector>
 
 namespace {
 
@@ -142,6 +146,62 @@ bool isAvailableInAll(Check check) {
     return true;
 }
 
+// @return whether it registered the id
+bool setContext(unsigned int id) {
+    const KyScopedLock hold(_contextTabMutex);
+    KyGLContext_s* const* const known = _contextTab.lookup(id);
+    const bool isNew = known == nullptr || *known == nullptr;
+    if (isNew)
+        registerCurrent(id, createRecord());
+    else
+        _curContext.set(*known);
+    return isNew;
+}
+
+// @return whether the id is gone
+bool clearContext(unsigned int id) {
+    const KyScopedLock hold(_contextTabMutex);
+    KyGLContext_s* const* const found = _contextTab.lookup(id);
+    if (found == nullptr) return false;
+    KyGLContext_s* const record = *found;
+    if (record == kyglCurrentRecord()) return false;
+    delete record;
+    _contextTab.remove(id);
+    tableChanged();
+    return true;
+}
+
+// For diagnostics: empty while they are off, and incomplete without memory.
+std::vector<unsigned int> idsToReport() KY_REQUIRES(_contextTabMutex) {
+    std::vector<unsigned int> ids;
+    if (!KyDiagnosis::isOn()) return ids;
+    try {
+        unsigned int id = 0;
+        KyGLContext_s* record = nullptr;
+        _contextTab.resetNext();
+        while (_contextTab.next(id, record))
+            if (record != nullptr) ids.push_back(id);
+    } catch (const std::bad_alloc&) {
+    }
+    return ids;
+}
+
+// @return of the ids what is to be reported
+std::vector<unsigned int> clearAllContexts() {
+    const KyScopedLock hold(_contextTabMutex);
+    std::vector<unsigned int> ids = idsToReport();
+    unsigned int id = 0;
+    KyGLContext_s* record = nullptr;
+    _contextTab.resetNext();
+    while (_contextTab.next(id, record))
+        delete record;
+    _contextTab.removeAll();
+    _contextTab.resetNext();
+    tableChanged();
+    _curContext.set(nullptr);
+    return ids;
+}
+
 bool vendorContains(const char* name) {
     const auto* const vendor = reinterpret_cast<const char*>(glGetString(GL_VENDOR));
     return vendor != nullptr && std::strstr(vendor, name) != nullptr;
@@ -150,12 +210,14 @@ bool vendorContains(const char* name) {
 }  // namespace
 
 void kyglSetContext(unsigned int id) {
+    const bool isNew = setContext(id);
+    if (KyDiagnosis::isOn()) KyContextWatch::learn(id, isNew);
+}
+
+bool kyglIsRegistered(unsigned int id) {
     const KyScopedLock hold(_contextTabMutex);
     KyGLContext_s* const* const known = _contextTab.lookup(id);
-    if (known != nullptr && *known != nullptr)
-        _curContext.set(*known);
-    else
-        registerCurrent(id, createRecord());
+    return known != nullptr && *known != nullptr;
 }
 
 unsigned int kyglGetContext() {
@@ -176,27 +238,13 @@ void kyglInitContext() {
 }
 
 void kyglClearContext(unsigned int id) {
-    const KyScopedLock hold(_contextTabMutex);
-    KyGLContext_s* const* const found = _contextTab.lookup(id);
-    if (found == nullptr) return;
-    KyGLContext_s* const record = *found;
-    if (record == kyglCurrentRecord()) return;
-    delete record;
-    _contextTab.remove(id);
-    tableChanged();
+    const bool isGone = clearContext(id);
+    if (isGone && KyDiagnosis::isOn()) KyContextWatch::forget(id, false);
 }
 
 void kyglClearAllContexts() {
-    const KyScopedLock hold(_contextTabMutex);
-    unsigned int id = 0;
-    KyGLContext_s* record = nullptr;
-    _contextTab.resetNext();
-    while (_contextTab.next(id, record))
-        delete record;
-    _contextTab.removeAll();
-    _contextTab.resetNext();
-    tableChanged();
-    _curContext.set(nullptr);
+    for (const unsigned int id : clearAllContexts())
+        KyContextWatch::forget(id, true);
 }
 
 bool kyglVBOsAvailable(unsigned int id) {

@@ -1,6 +1,7 @@
 #include "Scenarios.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
 #include <kygl/kyglShaderARB.h>
 #include <kygl/kyglShaderGLSL.h>
@@ -325,6 +326,44 @@ Scenario queue(RecordedGL& gl, unsigned int a, unsigned int b) {
                                                                              }}}};
 }
 
+// Each mistake once: none of them changes what an operation gives.
+Scenario diagnostics(RecordedGL& gl, unsigned int a, unsigned int b) {
+    using Queue = KyDeferredDeleteMap;
+    const auto road = std::make_shared<MainRoad>();
+    const auto turnOn = [] {
+        KyDiagnostics::setQueueLimit(1);
+        KyDiagnostics::enable([](const KyDiagnostics::Message&, void*) {});
+        return true;
+    };
+    const auto goWrong = [=, &gl] {
+        road->apply(a);  // the id was never set
+        Text::enter(a);
+        Text::enter(b);
+        kyglSetContext(a);
+        Text::enter(a);
+        road->apply(a);
+        current() = b;
+        gl.errors.push_back(GL_INVALID_ENUM);
+        road->program.apply(a);
+        for (int i = 0; i < 2; ++i)
+            Queue::pushBufferHandle(gl.make("a test"), b);
+        Queue::deferredDelete(0);
+        kyglClearContext(b);
+        gl.errors.clear();
+        return road->apply(a);
+    };
+    const auto turnOff = [] {
+        KyDiagnostics::disable();
+        KyDiagnostics::setQueueLimit(10000);
+        return true;
+    };
+    return {{{"create", [=] { return road->create(); }},
+             {"turn on", turnOn},
+             {"go wrong", goWrong},
+             {"turn off", turnOff},
+             {"end", [=] { return road->end(); }}}};
+}
+
 }  // namespace
 
 const std::vector<Subject> kSubjects = {
@@ -338,4 +377,5 @@ const std::vector<Subject> kSubjects = {
     {"text", text},
     {"texture", texture},
     {"registry", registry},
-    {"queue", queue}};
+    {"queue", queue},
+    {"diagnostics", diagnostics}};
