@@ -77,6 +77,37 @@ void wrongFolder() {
     build("plain.vert", "plain.frag");
 }
 
+void idNeverSet() {
+    KyShaderProgram program;
+    program.create("plain.vert", "plain.frag", "faults");
+    program.apply(7);
+    program.unUse();
+}
+
+void nobodyDrains() {
+    for (int i = 0; i < 20000; ++i) {
+        GLuint name = 0;
+        glGenTextures(1, &name);
+        KyDeferredDeleteMap::pushTextureHandle(name, 3);
+    }
+}
+
+void wrongDrain() {
+    const GlxBuffer other(16);
+    kyglSetContext(5);
+    KyDeferredDeleteMap::deferredDelete(3);
+}
+
+void staleError() {
+    glEnable(GL_TEXTURE);  // no such capability
+    build("plain.vert", "plain.frag");
+}
+
+void idUsedAgain() {
+    const GlxBuffer next(16);
+    kyglSetContext(3);
+}
+
 struct Fault {
     const char* name;
     const char* what;
@@ -88,7 +119,12 @@ constexpr Fault kFaults[] = {
     {"include-cycle", "a file that includes itself by way of another", includeCycle},
     {"varyings", "a varying with two types", varyings},
     {"late-version", "a #version behind the macros of the program", lateVersion},
+    {"id-never-set", "a context id that kyglSetContext never got", idNeverSet},
+    {"nobody-drains", "20,000 textures let go of, and no drain", nobodyDrains},
+    {"wrong-drain", "a drain while another GL context is current", wrongDrain},
+    {"stale-error", "a GL error that was left unchecked before a build", staleError},
     {"wrong-folder", "a shader folder that is another one", wrongFolder},
+    {"id-used-again", "the id of a GL context for another one", idUsedAgain},
 };
 
 // ---- one after the other
