@@ -29,6 +29,8 @@
 #include <GL/glx.h>
 #include <X11/Xlib.h>
 
+#include "KyXGlyph.h"  // with the headers of X, whose macros break others
+
 namespace {
 
 constexpr char kSource[] = "internal/KyGLText";
@@ -138,20 +140,6 @@ XFontStruct* query(const KyString& name, int size, bool bold, bool italic) {
     return XLoadQueryFont(display, anyFamily);
 }
 
-// What the font has for a character, as Xlib looks it up; null if it has nothing. Row 0 is that of
-// 8-bit text, and the only one of a font whose codes are single numbers.
-const XCharStruct* glyphOf(const XFontStruct& font, unsigned int row, unsigned int column) {
-    if (row < font.min_byte1 || row > font.max_byte1) return nullptr;
-    if (column < font.min_char_or_byte2 || column > font.max_char_or_byte2) return nullptr;
-    if (font.per_char == nullptr) return &font.min_bounds;
-    const unsigned int columns = font.max_char_or_byte2 - font.min_char_or_byte2 + 1;
-    const XCharStruct& glyph =
-        font.per_char[(row - font.min_byte1) * columns + column - font.min_char_or_byte2];
-    const bool isThere = glyph.width != 0 || glyph.lbearing != 0 || glyph.rbearing != 0 ||
-                         glyph.ascent != 0 || glyph.descent != 0;
-    return isThere ? &glyph : nullptr;
-}
-
 bool hasInk(const XCharStruct& glyph) {
     return glyph.rbearing > glyph.lbearing && glyph.ascent + glyph.descent > 0;
 }
@@ -168,9 +156,9 @@ void makeListsWithoutInk(const XFontStruct& font, GLuint base) {
     const bool hasRows = font.max_byte1 > 0;
     const unsigned int row = hasRows ? font.default_char >> 8 : 0;
     const unsigned int column = hasRows ? font.default_char & 0xFF : font.default_char;
-    const XCharStruct* const substitute = glyphOf(font, row, column);
+    const XCharStruct* const substitute = kyGlyphOf(font, row, column);
     for (unsigned int code = font.min_char_or_byte2; code <= font.max_char_or_byte2; ++code) {
-        const XCharStruct* const glyph = glyphOf(font, 0, code);
+        const XCharStruct* const glyph = kyGlyphOf(font, 0, code);
         if (glyph != nullptr ? hasInk(*glyph) : substitute == nullptr) continue;
         glNewList(base + code, GL_COMPILE);
         if (glyph == nullptr && row == 0)
