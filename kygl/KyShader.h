@@ -5,9 +5,8 @@
 #include <kygl/KyShaderMacro.h>
 #include <kylib/KyString.h>
 
-#include <chrono>
-
-class KyResult;
+struct KyShaderBuildStage;
+struct KyShaderExpansion;
 
 /// One shader stage, made from one file and one macro set, valid in whatever GL context the caller
 /// names.
@@ -104,34 +103,6 @@ public:
         return mIsUpToDate && mHasObject && mGLContext == context;
     }
 
-    /// A shader as it went into a build. The texts are valid until the observer returns.
-    struct Stage {
-        const char* file = nullptr;    ///< null for the stage that a build leaves out
-        const char* folder = nullptr;  ///< folder below "/share/shaders/"
-        const char* macros = nullptr;  ///< the "#define" lines in front of the file's text
-    };
-
-    /// One compile or link that happened.
-    struct Build {
-        Stage vertex;            ///< of a compile only the stage that was compiled, of a link both
-        Stage fragment;          ///< likewise
-        unsigned int context;    ///< id of the context
-        const KyResult& result;  ///< the outcome; its message holds the driver's log
-        std::chrono::nanoseconds time;  ///< of a compile with reading its file
-    };
-    /// What `setBuildObserver` takes: a function that is told of one build.
-    using BuildObserver = void (*)(const Build& build);
-
-    /// Sends word of each compile and each link that shaders and techniques really do to `observer`
-    /// from now on; null, as at start, turns that off, and then each build costs one load more.
-    ///
-    /// It is called on the thread that builds, when the object that was built has its new state,
-    /// and with no lock held; several threads may call it at once. It may use the GL as it finds
-    /// it, but not the shaders and the technique at hand. What it throws reaches whoever asked for
-    /// the build. Any thread may set it; a build that is under way may still tell the old one.
-    /// @return the previous observer
-    static BuildObserver setBuildObserver(BuildObserver observer);
-
     /// Whether this is a caching shader.
     bool isCaching() const { return mShaderCashing != nullptr; }
 
@@ -185,12 +156,15 @@ protected:
     unsigned int mGLContext = 0;                ///< of the last compile that had to look
 
 private:
-    friend class KyShaderBuildReport;
+    friend class KyShaderTechnique;
     friend class KyShaderProgram;
 
     KYGL_LOCAL bool push(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL bool remove(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL void keepSource(const KyString& text);
+    KYGL_LOCAL KyString load(bool keepsOrigins);
+    KYGL_LOCAL KyShaderExpansion readFile(bool keepsOrigins) const;
+    KYGL_LOCAL KyShaderBuildStage buildStage();
     KYGL_LOCAL void macrosChanged();
     KYGL_LOCAL void keyChanged();
 

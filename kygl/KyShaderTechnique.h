@@ -121,6 +121,8 @@ private:
     KYGL_LOCAL void forgetSent();
     KYGL_LOCAL void sendUniforms();
     KYGL_LOCAL bool makeRoomToKeep() noexcept;
+    KYGL_LOCAL bool findOrBuild(unsigned int context);
+    KYGL_LOCAL bool findOrBuildObserved(unsigned int context);
     KYGL_LOCAL bool link(unsigned int context);
     KYGL_LOCAL KyResult makeProgram(unsigned int iov, unsigned int iof);
     KYGL_LOCAL void letGoOfProgram() noexcept;

@@ -70,6 +70,7 @@ private:
     friend class KyShaderKeptUniforms;
     friend class KyShaderParametersUniform;
     friend class KyShaderTechnique;
+    friend class KyShaderUniformDiagnosis;
 
     KYGL_LOCAL bool activateAt(int shaderLocation);
     KYGL_LOCAL bool locate(unsigned int program, int& shaderLocation) const;
@@ -166,6 +167,7 @@ public:
 private:
     friend class KyShaderKeptUniforms;
     friend class KyShaderTechnique;
+    friend class KyShaderUniformDiagnosis;
     friend bool operator==(const KyShaderParametersUniform&, const KyShaderParametersUniform&);
     KYGL_LOCAL void send(unsigned int program) const;
     KYGL_LOCAL long find(const KyString& name) const;
@@ -180,6 +182,7 @@ private:
     long mNext = 0;                   ///< after the last one set: where the next one is tried first
     unsigned long long mChanges = 0;  ///< of values and of the list
     unsigned long long mForgotten = 0;  ///< `mChanges` when all that was sent ceased to count
+    unsigned long mListed = 0;          ///< counts the names that came and went
 };
 
 /// Equal uniforms in the same order.

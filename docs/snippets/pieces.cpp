@@ -5,6 +5,7 @@
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
 #include <kygl/KyShader.h>
+#include <kygl/KyShaderBuild.h>
 #include <kygl/KyShaderMacro.h>
 #include <kygl/KyShaderProgram.h>
 #include <kygl/KyTexture.h>
@@ -320,20 +321,23 @@ TEST_F(Guide, reportsErrors) {
 
 TEST_F(Guide, observesBuilds) {
     //! [observer]
-    KyShader::setBuildObserver([](const KyShader::Build& build) {
-        const char* const outcome = build.result.ok() ? "built" : "not built";
-        for (const KyShader::Stage& stage : {build.vertex, build.fragment})
-            if (stage.file != nullptr) writeLog(outcome, stage.file);
-        if (build.result.failed()) writeLog("driver", build.result.message());
+    KyShaderBuild::setObserver([](const KyShaderBuild& build, void*) {
+        const char* const result = build.result.ok() ? "built" : "not built";
+        for (const KyShaderBuild::Stage& stage : {build.vertex, build.fragment})
+            if (stage.file != nullptr) writeLog(result, stage.file);
+        for (long i = 0; i < build.messageCount; ++i)
+            writeLog("message", build.messages[i].line);
     });
     //! [observer]
     program.compile(3);
     EXPECT_EQ(takeLog(),
               "built: disc.vert\nbuilt: disc.frag\nbuilt: disc.vert\nbuilt: disc.frag\n");
-    program.pushFragmentMacro("vec3 none");  // #define vec3 none: the shader makes no sense
+    program.pushFragmentMacro("vec3 none");  // #define vec3 none: the included file makes no sense
     EXPECT_FALSE(program.compile(3));
-    KyShader::setBuildObserver(nullptr);
-    EXPECT_EQ(takeLog().find("not built: disc.frag\ndriver: Shader Error: "), 0U);
+    KyShaderBuild::setObserver(nullptr);
+    const std::string log = takeLog();
+    EXPECT_EQ(log.find("not built: disc.frag\nmessage: /"), 0U);
+    EXPECT_NE(log.find("/share/shaders/guide/colours.glsl:1: error: "), log.npos) << log;
 }
 
 }  // namespace

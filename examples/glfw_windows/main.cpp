@@ -7,6 +7,7 @@
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kygl.h>
 #include <kygl/KyShader.h>
+#include <kygl/KyShaderBuild.h>
 #include <kygl/KyShaderProgram.h>
 
 #include <GLFW/glfw3.h>
@@ -18,13 +19,14 @@ namespace {
 
 constexpr int kSize = 256;
 
-void watch(const KyShader::Build& build) {
-    if (build.result.failed()) std::fprintf(stderr, "glfw_windows: %s\n", build.result.text());
+void watch(const KyShaderBuild& build, void* /*user*/) {
+    for (long i = 0; build.result.failed() && i < build.messageCount; ++i)
+        std::fprintf(stderr, "glfw_windows: %s\n", build.messages[i].line);
 }
 
 void start() {
     KyShader::mFolderPath = EXAMPLES_ROOT;
-    KyShader::setBuildObserver(watch);
+    KyShaderBuild::setObserver(watch);
     glfwSetErrorCallback(
         [](int, const char* text) { std::fprintf(stderr, "glfw_windows: %s\n", text); });
 #ifdef GLFW_PLATFORM_X11  // 3.4 may choose Wayland, which has no GLX

@@ -6,6 +6,7 @@
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
 #include <kygl/KyShader.h>
+#include <kygl/KyShaderBuild.h>
 #include <kygl/KyShaderProgram.h>
 
 #include <QGuiApplication>
@@ -21,8 +22,9 @@ namespace {
 
 constexpr unsigned int kContext = 1;
 
-void watch(const KyShader::Build& build) {
-    if (build.result.failed()) std::fprintf(stderr, "qt_window: %s\n", build.result.text());
+void watch(const KyShaderBuild& build, void* /*user*/) {
+    for (long i = 0; build.result.failed() && i < build.messageCount; ++i)
+        std::fprintf(stderr, "qt_window: %s\n", build.messages[i].line);
 }
 
 class View : public QOpenGLWindow {
@@ -105,7 +107,7 @@ int main(int argc, char** argv) {
     QSurfaceFormat::setDefaultFormat(format);
     const QGuiApplication application(argc, argv);
     KyShader::mFolderPath = EXAMPLES_ROOT;
-    KyShader::setBuildObserver(watch);
+    KyShaderBuild::setObserver(watch);
     const char* const error = show(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
     kyglClearAllContexts();
     std::printf("%ld GL objects left\n", KyDeferredDeleteMap::pending().total());

@@ -8,6 +8,7 @@
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kygl.h>
 #include <kygl/KyShader.h>
+#include <kygl/KyShaderBuild.h>
 #include <kygl/KyShaderProgram.h>
 
 #include <atomic>
@@ -52,12 +53,9 @@ private:
 };
 
 // The library calls this on the thread that builds: on both at once if need be.
-void watch(const KyShader::Build& build) {
+void watch(const KyShaderBuild& build, void* /*user*/) {
     ++sBuilds;
-    if (build.result.ok()) return;
-    const char* const file =
-        build.fragment.file != nullptr ? build.fragment.file : build.vertex.file;
-    sWhyNot = std::string(file) + ": " + build.result.text();
+    if (build.result.failed()) sWhyNot = build.messages[0].line;
 }
 
 // A thread of its own runs this from beginning to end. A program is for one thread, so each has
@@ -78,7 +76,7 @@ void draw(unsigned int context, const char* fragmentFile, const char* macro, Pic
 
 void run(const char* fragmentFile, const char* file) {
     KyShader::mFolderPath = EXAMPLES_ROOT;  // before any thread builds
-    KyShader::setBuildObserver(watch);
+    KyShaderBuild::setObserver(watch);
     Picture picture(2 * kSize, kSize);
     const auto launch = std::launch::async;
     auto left = std::async(launch, draw, 1U, fragmentFile, "RINGS", &picture);

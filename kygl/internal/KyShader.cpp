@@ -2,6 +2,7 @@
 
 #include "kyglCheck.h"
 #include "KyShaderBuildReport.h"
+#include "KyShaderKnownOrigins.h"
 #include "KyShaderSource.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
@@ -44,7 +45,7 @@ unsigned int KyShader::compile(unsigned int context) {
     }
     deleteShader();
     const KyShaderBuildReport report;
-    const KyString text = loadFromFile();
+    const KyString text = load(static_cast<bool>(report));
     const KyResult result = kyglShaderGLSLCreateObject(text, mId, getType());
     const bool compiled = result.ok();
     mIsUpToDate = compiled;
@@ -52,8 +53,12 @@ unsigned int KyShader::compile(unsigned int context) {
     mGLContext = context;
     keyChanged();
     KYGL_CHECK_GROUP(2);
-    const bool isVertex = getType() != 0;
-    report.tell(isVertex ? this : nullptr, isVertex ? nullptr : this, context, result);
+    if (report)
+        report.tell([&] {
+            KyShaderBuildStage stage = buildStage();
+            stage.source = KyString(text.dataPtr() + stage.macroLines.length());
+            return report.compiled(stage, getType() != 0, context, result, mId);
+        });
     return mId;
 }
 
@@ -72,12 +77,31 @@ void KyShader::compileCaching(unsigned int context) {
 }
 
 KyString KyShader::loadFromFile() {
+    return load(KyDiagnosis::wantsBuilds());
+}
+
+// @param keepsOrigins whether somebody may want to know where each line comes from
+KyString KyShader::load(bool keepsOrigins) {
     const KyString& source = mSharedSource != nullptr ? *mSharedSource : mSource;
     if (source.length() > 0) return shaderText(mParameters, source);
-    const KyShaderExpansion read =
-        loadShader(shaderPath(mFolderPath, mFolderName, mFileName).dataPtr());
+    const KyShaderExpansion read = readFile(keepsOrigins);
     if (read.isComplete) keepSource(read.text);
     return shaderText(mParameters, read.text);
+}
+
+KyShaderExpansion KyShader::readFile(bool keepsOrigins) const {
+    const KyString path = shaderPath(mFolderPath, mFolderName, mFileName);
+    if (!keepsOrigins) return loadShader(path.dataPtr());
+    const KyShaderKnownOrigins origins(KyShaderKnownOrigins::fullPath(path));
+    return {origins.get()->source(), origins.get()->isComplete()};
+}
+
+// What a build that is done has to say of this stage.
+KyShaderBuildStage KyShader::buildStage() {
+    if (mShaderCashing != nullptr) return getCachingShader(mGLContext)->buildStage();
+    const KyString path = shaderPath(mFolderPath, mFolderName, mFileName);
+    return {mFileName, mFolderName, KyShaderKnownOrigins::fullPath(path),
+            mParameters.getDefineMacros(), mSharedSource != nullptr ? *mSharedSource : mSource};
 }
 
 void KyShader::keepSource(const KyString& text) {

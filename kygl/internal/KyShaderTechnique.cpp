@@ -80,7 +80,11 @@ bool KyShaderTechnique::link(unsigned int context) {
     } else {
         std::puts(result.text());
     }
-    report.tell(mVertexShader, mFragmentShader, context, result);
+    if (report)
+        report.tell([&] {
+            return report.linked(mVertexShader->buildStage(), mFragmentShader->buildStage(),
+                                 context, result, mProgram);
+        });
     return result.ok();
 }
 
@@ -103,6 +107,18 @@ void KyShaderTechnique::letGoOfProgram() noexcept {
 }
 
 bool KyShaderTechnique::compileCashing(unsigned int context) {
+    return KyDiagnosis::wantsBuilds() ? findOrBuildObserved(context) : findOrBuild(context);
+}
+
+// A stage that is tried twice is one build.
+[[gnu::cold]] bool KyShaderTechnique::findOrBuildObserved(unsigned int context) {
+    KyShaderBuildBatch builds;
+    const bool isThere = findOrBuild(context);
+    builds.deliver();
+    return isThere;
+}
+
+bool KyShaderTechnique::findOrBuild(unsigned int context) {
     mBuildFailed = true;  // also where an exception passes
     KyShaderTechnique* const entry =
         mTechniqueCashing.getTechnique(mVertexShader, mFragmentShader, context);

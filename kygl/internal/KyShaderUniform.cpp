@@ -106,6 +106,7 @@ void KyShaderParametersUniform::clear() {
         delete mUniforms[i];
     mUniforms.resize(0);
     ++mChanges;
+    ++mListed;
 }
 
 KyShaderUniform* KyShaderParametersUniform::getUniform(const KyString& name) const {
@@ -149,6 +150,7 @@ template <typename Uniform, typename Value>
     mUniforms.append(made.get());
     made->mChanges = &mChanges;
     ++mChanges;
+    ++mListed;
     return made.release();
 }
 
@@ -167,6 +169,7 @@ bool KyShaderParametersUniform::removeUniform(const KyString& name) {
     delete mUniforms[found];
     mUniforms.remove(found);
     ++mChanges;
+    ++mListed;
     return true;
 }
 

@@ -63,6 +63,7 @@ SOGL_API unsigned int glewContextInit(GLEWContextStruct* flags);
 #define glGenLists __glewGenLists
 #define glGenProgramsARB __glewGenProgramsARB
 #define glGenTextures __glewGenTextures
+#define glGetActiveUniform __glewGetActiveUniform
 #define glGetAttribLocation __glewGetAttribLocation
 #define glGetError __glewGetError
 #define glGetInfoLogARB __glewGetInfoLogARB

@@ -33,6 +33,7 @@
     X(GLuint,         GenLists,                (GLsizei range)) \
     X(void,           GenProgramsARB,          (GLsizei n, GLuint* programs)) \
     X(void,           GenTextures,             (GLsizei n, GLuint* textures)) \
+    X(void,           GetActiveUniform,        (GLuint program, GLuint index, GLsizei room, GLsizei* length, GLint* size, GLenum* type, GLchar* name)) \
     X(GLint,          GetAttribLocation,       (GLuint program, const GLchar* name)) \
     X(GLenum,         GetError,                (void)) \
     X(void,           GetInfoLogARB,           (GLhandleARB object, GLsizei maxLength, GLsizei* length, GLcharARB* log)) \

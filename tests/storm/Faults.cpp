@@ -8,8 +8,10 @@
 #include "Scenarios.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
+#include <kygl/KyShaderBuild.h>
 #include <kylib/KyResult.h>
 
 #include <gtest/gtest.h>
@@ -129,6 +131,31 @@ private:
     }
 };
 
+/// To diagnostics and to builds; each asks the library something.
+struct Listeners {
+    Listeners() {
+        KyDiagnostics::enable(
+            [](const KyDiagnostics::Message& message, void* count) {
+                KyDeferredDeleteMap::pending(message.context);
+                ++*static_cast<long*>(count);
+            },
+            &messages);
+        KyShaderBuild::setObserver(
+            [](const KyShaderBuild& build, void* count) {
+                KyDeferredDeleteMap::pending(build.context);
+                ++*static_cast<long*>(count);
+            },
+            &builds);
+    }
+    ~Listeners() {
+        KyShaderBuild::setObserver(nullptr);
+        KyDiagnostics::disable();
+    }
+    Listeners(const Listeners&) = delete;
+    Listeners& operator=(const Listeners&) = delete;
+    long messages = 0, builds = 0;
+};
+
 struct StormFaults : testing::Test {
     StormFaults() {
         tree.write("v", "#include \"lib\"\nvoid main() {}\n");
@@ -166,6 +193,14 @@ struct StormFaults : testing::Test {
         return trial.fired;
     }
 
+    void meetEach() {
+        for (const Subject& subject : kSubjects)
+            for (std::size_t step = 0; step < stepsOf(subject); ++step)
+                for (const Weather& weather : kWeathers)
+                    for (int nth = 1; meets(subject, step, {{&weather, nth}});)
+                        ++nth;
+    }
+
     const TempShaders tree{"storm"};
     long places = 0, found = 0;
 };
@@ -173,11 +208,13 @@ struct StormFaults : testing::Test {
 }  // namespace
 
 TEST_F(StormFaults, everyPlaceOfEveryOperation) {
-    for (const Subject& subject : kSubjects)
-        for (std::size_t step = 0; step < stepsOf(subject); ++step)
-            for (const Weather& weather : kWeathers)
-                for (int nth = 1; meets(subject, step, {{&weather, nth}});)
-                    ++nth;
+    meetEach();
+}
+
+TEST_F(StormFaults, everyPlaceWhileSomebodyListens) {
+    const Listeners listeners;
+    meetEach();
+    EXPECT_TRUE(listeners.messages > 1000 && listeners.builds > 1000);
 }
 
 TEST_F(StormFaults, twoFaultsAtOnce) {

@@ -97,6 +97,8 @@ void answer(Gives<void> call, GLsizei, GLuint* name) {
 }
 void answer(Gives<void>, GLuint name, GLenum what, GLint* out) {
     const std::size_t room = sGL->infoLog.empty() ? 0 : sGL->infoLog.size() + 1;
+    if (what == GL_ACTIVE_UNIFORMS) *out = static_cast<GLint>(sGL->uniforms.size());
+    if (what == GL_ACTIVE_UNIFORM_MAX_LENGTH) *out = 32;
     if (what == GL_INFO_LOG_LENGTH) *out = sGL->infoLogLength.value_or(static_cast<GLint>(room));
     if (what != GL_COMPILE_STATUS && what != GL_LINK_STATUS) return;
     auto& status = what == GL_COMPILE_STATUS ? sGL->compileStatus : sGL->linkStatus;
@@ -116,6 +118,12 @@ void answer(Gives<void>, GLuint, GLsizei room, GLsizei* outLength, char* out) {
     const std::string log = sGL->infoLog.substr(0, most);
     if (outLength != nullptr) *outLength = static_cast<GLsizei>(log.size());
     if (room > 0) std::memcpy(out, log.c_str(), log.size() + 1);
+}
+void answer(Gives<void> call, GLuint, GLuint index, GLsizei room, GLsizei*, GLint*, GLenum* type,
+            char* out) {
+    if (call.isDropped) return;
+    *type = sGL->uniforms.at(index).second;
+    out[sGL->uniforms.at(index).first.copy(out, static_cast<std::size_t>(room - 1))] = '\0';
 }
 
 GLenum answerError() {

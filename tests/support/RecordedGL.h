@@ -42,14 +42,15 @@ struct RecordedGL {
         std::deque<std::optional<GLint>> next;
     };
     Status compileStatus, linkStatus;
-    std::string infoLog;                                  ///< of every shader and program
-    std::optional<GLint> infoLogLength;                   ///< where it is not that of the log
-    std::map<GLenum, std::string> strings;                ///< `glGetString`; else null
-    std::vector<std::string> extensions;                  ///< `glGetStringi`
-    std::set<std::string, std::less<>> missing;           ///< uniforms and attributes at -1
-    std::map<std::string, GLint, std::less<>> locations;  ///< the others, as first asked
-    std::set<GLuint> notPrograms;                         ///< where `glIsProgram` is false
-    GLint programErrorPosition = -1;                      ///< of assembly programs
+    std::string infoLog;                                   ///< of every shader and program
+    std::optional<GLint> infoLogLength;                    ///< where it is not that of the log
+    std::map<GLenum, std::string> strings;                 ///< `glGetString`; else null
+    std::vector<std::string> extensions;                   ///< `glGetStringi`
+    std::vector<std::pair<std::string, GLenum>> uniforms;  ///< that programs have, with their types
+    std::set<std::string, std::less<>> missing;            ///< uniforms and attributes at -1
+    std::map<std::string, GLint, std::less<>> locations;   ///< the others, as first asked
+    std::set<GLuint> notPrograms;                          ///< where `glIsProgram` is false
+    GLint programErrorPosition = -1;                       ///< of assembly programs
     GLuint lastName = 0;  ///< of whatever is made: they count from 1
 
     static inline thread_local unsigned int current = 0;  ///< context of the thread

@@ -2,6 +2,7 @@
 /// The argument is the folder that holds share/shaders, the present one without it.
 //! [includes]
 #include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
 #include <kygl/KyShader.h>
 #include <kygl/KyShaderProgram.h>
@@ -70,20 +71,10 @@ bool write(const char* path) {
 }
 //! [write]
 
-//! [tell]
-// The library says nothing by itself where a shader does not build.
-void tell(const KyShader::Build& build) {
-    if (build.result.ok()) return;
-    const char* const file =
-        build.fragment.file != nullptr ? build.fragment.file : build.vertex.file;
-    std::fprintf(stderr, "first: %s: %s\n", file, build.result.text());
-}
-//! [tell]
-
 //! [main]
 int main(int argc, char** argv) {
     KyShader::mFolderPath = argc > 1 ? argv[1] : ".";  // holds share/shaders
-    KyShader::setBuildObserver(tell);
+    KyDiagnostics::enable();                           // the library is silent otherwise
 
     Display* const display = XOpenDisplay(nullptr);
     const bool hasContext = display != nullptr && makeContext(display);

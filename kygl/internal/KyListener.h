@@ -1,0 +1,99 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+/// A function that is called with the pointer it was set with. Any thread sets it while others call
+/// it.
+///
+///     KyListener<void (*)(int event, void* user)> listener;
+///     listener.set({function, user});
+///     if (listener.isSet()) listener.call(event);
+///
+/// No lock is held while the function runs, and what it throws passes to the caller. A call
+/// allocates nothing.
+template <typename Function>
+class KyListener {
+public:
+    struct Target {
+        Function function = nullptr;  ///< null: nobody listens
+        void* user = nullptr;
+    };
+
+    /// One load.
+    bool isSet() const { return mIsSet.load(std::memory_order_relaxed); }
+
+    /// Replaces the target and waits for the calls of former ones that other threads are in: they
+    /// do not run any more after it returns. It does not wait on a thread that is in such a call
+    /// itself, because two of those would wait for each other.
+    /// @return the former target
+    Target set(const Target& target) {
+        std::unique_lock<std::mutex> hold(mMutex);
+        const Target former = std::exchange(mTarget, target);
+        mIsSet.store(target.function != nullptr, std::memory_order_relaxed);
+        const unsigned long generation = ++mGeneration;
+        if (!isCallingHere()) mEnded.wait(hold, [=] { return !isCallingBefore(generation); });
+        return former;
+    }
+
+    /// Calls the function with these arguments and its pointer.
+    /// @return false where nobody listens
+    template <typename... Arguments>
+    bool call(const Arguments&... arguments) {
+        const Call call(*this);
+        if (call.target.function == nullptr) return false;
+        call.target.function(arguments..., call.target.user);
+        return true;
+    }
+
+private:
+    // A call that a thread is in, on the stack of that thread.
+    struct Call {
+        explicit Call(KyListener& owner) : listener(owner) { listener.enter(*this); }
+        ~Call() { listener.leave(*this); }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+
+        KyListener& listener;
+        Target target;
+        unsigned long generation = 0;
+        std::thread::id thread = std::this_thread::get_id();
+        Call* next = nullptr;
+    };
+
+    void enter(Call& call) {
+        const std::lock_guard<std::mutex> hold(mMutex);
+        call.target = mTarget;
+        call.generation = mGeneration;
+        call.next = std::exchange(mCalls, &call);
+    }
+    void leave(const Call& call) {
+        const std::lock_guard<std::mutex> hold(mMutex);
+        Call** at = &mCalls;
+        while (*at != &call)
+            at = &(*at)->next;
+        *at = call.next;
+        mEnded.notify_all();
+    }
+
+    bool isCallingHere() const {
+        for (const Call* call = mCalls; call != nullptr; call = call->next)
+            if (call->thread == std::this_thread::get_id()) return true;
+        return false;
+    }
+    bool isCallingBefore(unsigned long generation) const {
+        for (const Call* call = mCalls; call != nullptr; call = call->next)
+            if (call->generation < generation) return true;
+        return false;
+    }
+
+    std::atomic<bool> mIsSet{false};
+    std::mutex mMutex;
+    std::condition_variable mEnded;  ///< of a call
+    Target mTarget;
+    unsigned long mGeneration = 0;  ///< of the target
+    Call* mCalls = nullptr;
+};

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "KyShaderBuildRecord.h"
+
+/// Reports a build to `KyDiagnostics`, then to the observer of builds, whose exceptions pass.
+void kyDeliverBuild(const KyShaderBuildRecord& record);
+
+/// What `KyDiagnostics` is told of a build: what its messages say, each kind of them once for what
+/// it is about, and that a build that fails is tried again. Does not throw.
+void kyDiagnoseBuild(const KyShaderBuildRecord& record) noexcept;

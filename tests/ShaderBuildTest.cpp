@@ -1,0 +1,147 @@
+#include "support/Allocations.h"
+#include "support/Messages.h"
+#include "support/RecordedGL.h"
+#include "support/TempShaders.h"
+
+#include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyShaderBuild.h>
+#include <kygl/KyShaderProgram.h>
+#include <kygl/KyShaderTechnique.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using Lines = std::vector<std::string>;
+
+struct ShaderBuildTest : testing::Test {
+    ShaderBuildTest() {
+        tree.write("v", "varying float q;\nuniform int n;\nvoid main() {}\n");
+        tree.write("f", "// top\n#include \"a/lib\"\nvarying float q;\nvoid main() {}\n");
+        std::filesystem::create_directories(tree.path("a"));
+        tree.write("a/lib", "float x;\n#include \"deep\"\nfloat z;\n");
+        tree.write("deep", "float y;\n  wrong;\n");
+        program.create("v", "f", tree.folder);
+        KyDeferredDeleteMap::discard(1);
+    }
+    ~ShaderBuildTest() override { KyShaderBuild::setObserver(nullptr); }
+
+    void observe() { KyShaderBuild::setObserver(keep, this); }
+    static void keep(const KyShaderBuild& build, void* self) {
+        static_cast<ShaderBuildTest*>(self)->keep(build);
+    }
+    void keep(const KyShaderBuild& build) {
+        std::string line = build.vertex.file != nullptr ? build.vertex.file : "";
+        if (build.fragment.file != nullptr) line += build.fragment.file;
+        builds.push_back(line + (build.result.ok() ? " good" : " bad"));
+        for (long i = 0; i < build.messageCount; ++i)
+            builds.push_back(shown(build.messages[i]));
+        files.clear();
+        for (long i = 0; i < build.fileCount; ++i)
+            files.push_back(shortened(build.files[i]));
+    }
+    std::string shown(const KyShaderBuild::Message& message) const {
+        const long column = message.placeCount > 0 ? message.places[0].column : 0;
+        return shortened(message.line) + (column > 0 ? " @" + std::to_string(column) : "");
+    }
+    std::string shortened(std::string text) const {
+        const std::string folder = tree.path("").string();
+        for (std::size_t at = 0; (at = text.find(folder)) != text.npos;)
+            text.erase(at, folder.size());
+        return text;
+    }
+    Lines shortened(Lines lines) const {
+        for (std::string& line : lines)
+            line = shortened(line);
+        return lines;
+    }
+    Lines compiled() {
+        program.compile(1);
+        return std::exchange(builds, {});
+    }
+
+    RecordedGL gl;
+    TempShaders tree;
+    KyShaderProgram program;
+    Lines builds, files;
+};
+
+TEST_F(ShaderBuildTest, eachMessageIsAtItsFileLineAndColumnThroughIncludesAndMacros) {
+    observe();
+    program.pushFragmentMacro("A");
+    program.pushFragmentMacro("LIGHTS 3x");
+    gl.infoLog = "0:2(11): error: no number\n0:8(3): error: `wrong' undeclared\nodd\n";
+    gl.compileStatus.next = {1, 0, 0};
+    const Lines lines = compiled();
+    EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+              (Lines{"f bad", "-D LIGHTS 3x: error: no number @3",
+                     "deep:1: error: `wrong' undeclared @3", "odd"}));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "f bad"), 1) << "of two attempts";
+    EXPECT_EQ(files, (Lines{"f", "a/lib", "deep"}));
+}
+
+TEST_F(ShaderBuildTest, theMessagesOfALinkAreAtTheDeclarations) {
+    gl.linkStatus.always = 0;
+    observe();
+    gl.infoLog = "error: fragment shader varying q not written by vertex shader\n.";
+    EXPECT_EQ(compiled().back(),
+              "v:1 f:3: error: fragment shader varying q not written by vertex shader");
+    EXPECT_EQ(files, (Lines{"v", "f", "a/lib", "deep"}));
+}
+
+TEST_F(ShaderBuildTest, whatWasReadBeforeIsReadAgainUnlessItHasChanged) {
+    KyVertexShader vertex("v", tree.folder, false);
+    KyFragmentShader fragment("f", tree.folder, false);
+    vertex.compile(1), fragment.compile(1);
+    gl.infoLog = "error: varying q differs\n";
+    gl.linkStatus.always = 0;
+    for (const bool isChanged : {false, true}) {
+        if (isChanged) tree.write("v", "varying float q;  // again");
+        observe();
+        KyShaderTechnique(&vertex, &fragment).compile(1);
+        EXPECT_EQ(builds.back(),
+                  std::string(isChanged ? "v" : "v:1") + " f:3: error: varying q differs");
+        KyShaderBuild::setObserver(nullptr);  // what was known is forgotten
+    }
+}
+
+TEST_F(ShaderBuildTest, filesThatGiveNothingAreMessagesOfTheirOwn) {
+    tree.write("f", "#include \"none\"\n#include \"f\"\n#version 110\n// #include \"deep\"\n");
+    program.pushMacro("A");
+    observe();
+    EXPECT_EQ(compiled(),
+              (Lines{"v good", "f good",
+                     "f:1: error: 'none' cannot be read: No such file or directory (looked for "
+                     "beside the top-level file); nothing is put in its place",
+                     "f:2: warning: a file includes itself: f -> f",
+                     "f:4: warning: #include in a comment: it is expanded, and its lines are code",
+                     "f:3: warning: #version stands behind macro lines; drivers want it first",
+                     "vf good"}));
+    EXPECT_EQ(files, (Lines{"v", "f", "none", "deep"}));
+}
+
+TEST_F(ShaderBuildTest, diagnosticsNameFilesOnceAndCountBuildsThatFailAgain) {
+    std::filesystem::remove(tree.path("deep"));
+    program.pushMacro("A");
+    gl.infoLog = "0:5(3): error: bad\n";
+    gl.compileStatus.always = 0;
+    Messages messages;
+    for (int i = 0; i < 10; ++i)
+        EXPECT_FALSE(program.compile(1));
+    EXPECT_FALSE(program.compile(2));
+    Lines lines = shortened(messages.take());
+    const auto has = [&](const std::string& text) {
+        return std::count_if(lines.begin(), lines.end(),
+                             [&](const std::string& line) { return line.find(text) != line.npos; });
+    };
+    EXPECT_EQ(has("a/lib:2: error: 'deep' cannot be read: No such file or directory"), 1);
+    EXPECT_EQ(has("error: bad (context 1; macros: A)"), 2) << "in both stages";
+    EXPECT_EQ(has("has failed 10 times in a row"), 2);
+    EXPECT_EQ(has("and 20 GL objects that nobody deletes are left so far"), 2);
+    EXPECT_EQ(has("(context 2; macros: A)"), 2);
+    gl.compileStatus.always = 1;
+    EXPECT_TRUE(program.compile(1));
+    lines = shortened(messages.end());
+    EXPECT_EQ(has("error: bad (context 1; macros: A) (10 times)"), 0);
+    EXPECT_EQ(has("bad (context 1; macros: A) (10 times)"), 2);
+}
