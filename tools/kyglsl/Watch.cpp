@@ -24,7 +24,7 @@ std::vector<std::string> filesOf(const CheckOptions& options) {
         for (const Program& program : listedPrograms(options.list, options.root))
             for (const std::string& name : {program.vertex, program.fragment})
                 files.ask(name);
-    } catch (const UsageError&) {  // the check tells
+    } catch (const UsageError&) {  // the check reports it
     }
     std::vector<std::string> all = files.files();
     all.push_back(options.list);
