@@ -113,9 +113,11 @@ TEST_F(ShaderBuildTest, filesThatGiveNothingAreMessagesOfTheirOwn) {
               (Lines{"v good", "f good",
                      "f:1: error: 'none' cannot be read: No such file or directory (looked for "
                      "beside the top-level file); nothing is put in its place",
-                     "f:2: warning: a file includes itself: f -> f",
+                     "f:2: warning: a file includes itself: f -> f; this #include is "
+                     "ignored: remove it",
                      "f:4: warning: #include in a comment: it is expanded, and its lines are code",
-                     "f:3: warning: #version stands behind macro lines; drivers want it first",
+                     "f:3: warning: #version is not first, because macros are put in front of "
+                     "the file: leave it out, or set no macros",
                      "vf good"}));
     EXPECT_EQ(files, (Lines{"v", "f", "none", "deep"}));
 }
