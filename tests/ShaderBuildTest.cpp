@@ -147,3 +147,34 @@ TEST_F(ShaderBuildTest, diagnosticsNameFilesOnceAndCountBuildsThatFailAgain) {
     EXPECT_EQ(has("error: bad (context 1; macros: A) (10 times)"), 0);
     EXPECT_EQ(has("bad (context 1; macros: A) (10 times)"), 2);
 }
+
+TEST_F(ShaderBuildTest, aUniformThatDoesNotFitIsNamedOnceWithItsDeclaration) {
+    gl.uniforms = {{"height", GL_FLOAT}, {"n", GL_INT}, {"s[0]", GL_SAMPLER_2D}, {"b", GL_BOOL}};
+    program.setUniform("heigth", 1.0F);
+    program.setUniform("n", 2.0F);
+    program.setUniform("s", 1);
+    program.setUniform("b", 1.0F);
+    program.setUniform("x", 1);
+    program.apply(1);
+    Messages messages(KyDiagnostics::Uniform);
+    for (int i = 0; i < 3; ++i)
+        program.apply(1);
+    EXPECT_EQ(shortened(messages.take()),
+              (Lines{"context 1: warning: the program of v and f has no uniform 'heigth'; did you "
+                     "mean 'height'?",
+                     "context 1: v:2: error: uniform 'n' is kept as float, but it is declared as "
+                     "int: the GL refuses its value with GL_INVALID_OPERATION; set it with a value "
+                     "of type int from the first time on (context 1)",
+                     "context 1: warning: the program of v and f has no uniform 'x'; it has "
+                     "height, n, s, b"}));
+    program.pushMacro("A");  // another program, which uses less of what is declared
+    gl.uniforms = {{"heigth", GL_FLOAT}};
+    program.applyUniform("b", 0.0F);
+    EXPECT_EQ(messages.take(), Lines());
+    program.apply(1);
+    const Lines lines = shortened(messages.take());
+    EXPECT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0],
+              "context 1: v:2: note: uniform 'n' is declared here, but the program does not use "
+              "it: what is set for it goes nowhere (context 1; macros: A)");
+}

@@ -10,7 +10,8 @@ namespace {
 using Topic = KyDiagnostics::Topic;
 
 std::string circumstancesOf(const KyShaderBuildRecord& record) {
-    return kyCircumstances(record.context, record.hasVertex ? &record.vertex : nullptr,
+    return kyCircumstances("context " + std::to_string(record.context),
+                           record.hasVertex ? &record.vertex : nullptr,
                            record.hasFragment ? &record.fragment : nullptr);
 }
 

@@ -135,7 +135,8 @@ std::string KyShaderUniformDiagnosis::advice(const std::string& name) const {
     };
     const auto nearest = std::min_element(mActive.begin(), mActive.end(), byDistance);
     if (nearest == mActive.end()) return "; it has none at all";
-    if (distance(name, nearest->name) <= std::max<std::size_t>(name.size() / 3, 1))
+    const std::size_t changes = distance(name, nearest->name);
+    if (changes <= std::max<std::size_t>(name.size() / 3, 1) && changes < name.size())
         return "; did you mean " + inQuotes(nearest->name) + "?";
     constexpr std::size_t kMostNames = 8;
     std::string names;
@@ -166,8 +167,10 @@ void KyShaderUniformDiagnosis::reportType(const KyShaderUniform& uniform,
 }
 
 void KyShaderUniformDiagnosis::report(const std::string& name, KyFinding::Message&& message) const {
-    const std::string circumstances = kyCircumstances(mContext, &mVertex, &mFragment);
-    message.text += circumstances;
+    const std::string context = "context " + std::to_string(mContext);
+    const std::string circumstances = kyCircumstances(context, &mVertex, &mFragment);
+    message.text +=
+        message.file.empty() ? kyCircumstances("", &mVertex, &mFragment) : circumstances;
     KyDiagnosis::report(KyDiagnostics::Uniform, [&] {
         return KyFinding{"uniform|" + std::string(mVertex.path.dataPtr()) + "|" +
                              mFragment.path.dataPtr() + circumstances + "|" + name,
