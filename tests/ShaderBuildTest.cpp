@@ -162,9 +162,10 @@ TEST_F(ShaderBuildTest, aUniformThatDoesNotFitIsNamedOnceWithItsDeclaration) {
     EXPECT_EQ(shortened(messages.take()),
               (Lines{"context 1: warning: the program of v and f has no uniform 'heigth'; did you "
                      "mean 'height'?",
-                     "context 1: v:2: error: uniform 'n' is kept as float, but it is declared as "
-                     "int: the GL refuses its value with GL_INVALID_OPERATION; set it with a value "
-                     "of type int from the first time on (context 1)",
+                     "context 1: v:2: error: uniform 'n' is kept as float, the type of its first "
+                     "value, but it is declared as int: the GL refuses it with "
+                     "GL_INVALID_OPERATION; set it with an int, such as 2, from the first time on "
+                     "(context 1)",
                      "context 1: warning: the program of v and f has no uniform 'x'; it has "
                      "height, n, s, b"}));
     program.pushMacro("A");  // another program, which uses less of what is declared

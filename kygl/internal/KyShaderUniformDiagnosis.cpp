@@ -152,12 +152,13 @@ void KyShaderUniformDiagnosis::reportType(const KyShaderUniform& uniform,
     const bool isScalar = declared == GL_FLOAT || declared == GL_INT || isUnit(declared);
     const KyShaderPlace place = declaration(name);
     std::string text = "uniform " + inQuotes(name) + " is kept as " + (isInt ? "int" : "float") +
-                       ", but it is declared as " +
+                       ", the type of its first value, but it is declared as " +
                        (isUnit(declared) ? "a sampler or an image" : nameOf(declared)) +
-                       ": the GL refuses its value with GL_INVALID_OPERATION; ";
+                       ": the GL refuses it with GL_INVALID_OPERATION; ";
     if (isScalar)
-        text += std::string("set it with a value of type ") +
-                (declared == GL_FLOAT ? "float" : "int") + " from the first time on";
+        text += std::string("set it with ") +
+                (declared == GL_FLOAT ? "a float, such as 2.0F," : "an int, such as 2,") +
+                " from the first time on";
     else
         text += "the library keeps floats and ints alone, so send it by a call of the GL's";
     if (!place.isKnown())
