@@ -1,4 +1,4 @@
-/// Mistakes that are easily made, each on purpose, and what diagnostics report of them.
+/// Fourteen mistakes that are easily made, each on purpose, and what diagnostics report of them.
 ///
 ///     faults          all of them
 ///     faults NAME...  these
@@ -10,6 +10,7 @@
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
+#include <kygl/KyGLText.h>
 #include <kygl/KyShader.h>
 #include <kygl/KyShaderProgram.h>
 #include <kylib/KyResult.h>
@@ -32,8 +33,10 @@ std::string shortened(std::string text) {
 }
 
 std::string placeOf(const KyDiagnostics::Message& message) {
-    if (message.file == nullptr) return "context " + std::to_string(message.context);
-    return message.file + (message.line > 0 ? ":" + std::to_string(message.line) : "");
+    if (message.file != nullptr)
+        return message.file + (message.line > 0 ? ":" + std::to_string(message.line) : "");
+    if (message.context == KYGL_NO_CONTEXT) return "faults";
+    return "context " + std::to_string(message.context);
 }
 
 void print(const KyDiagnostics::Message& message, void* /*user*/) {
@@ -77,6 +80,24 @@ void wrongFolder() {
     build("plain.vert", "plain.frag");
 }
 
+template <typename Value>
+void applyWith(const char* uniform, Value value) {
+    KyShaderProgram program;
+    program.create("plain.vert", "plain.frag", "faults");
+    program.setUniform(uniform, value);
+    for (int frame = 0; frame < 100; ++frame)
+        program.apply(3);
+    program.unUse();
+}
+
+void floatForInt() {
+    applyWith("steps", 4.0F);
+}
+
+void mistypedName() {
+    applyWith("heigth", 0.5F);
+}
+
 void idNeverSet() {
     KyShaderProgram program;
     program.create("plain.vert", "plain.frag", "faults");
@@ -98,6 +119,10 @@ void wrongDrain() {
     KyDeferredDeleteMap::deferredDelete(3);
 }
 
+void missingFont() {
+    KyGLText::setFont(18, true, false, "helvetika");
+}
+
 void staleError() {
     glEnable(GL_TEXTURE);  // no such capability
     build("plain.vert", "plain.frag");
@@ -117,11 +142,14 @@ constexpr Fault kFaults[] = {
     {"nested-error", "a syntax error in a file that an included file includes", nestedError},
     {"missing-include", "an included file that is not there", missingInclude},
     {"include-cycle", "a file that includes itself by way of another", includeCycle},
+    {"float-for-int", "a float for a uniform that is an int, in each of 100 frames", floatForInt},
+    {"mistyped-name", "a uniform by a wrong name, in each of 100 frames", mistypedName},
     {"varyings", "a varying with two types", varyings},
     {"late-version", "a #version behind the macros of the program", lateVersion},
     {"id-never-set", "a context id that kyglSetContext never got", idNeverSet},
     {"nobody-drains", "20,000 textures let go of, and no drain", nobodyDrains},
     {"wrong-drain", "a drain while another GL context is current", wrongDrain},
+    {"missing-font", "a font that the X server does not have", missingFont},
     {"stale-error", "a GL error that was left unchecked before a build", staleError},
     {"wrong-folder", "a shader folder that is another one", wrongFolder},
     {"id-used-again", "the id of a GL context for another one", idUsedAgain},
