@@ -1,5 +1,6 @@
 #include <kygl/KyGLText.h>
 
+#include "KyContextWatch.h"
 #include "kyglBuildStamp.h"
 #include "kyglCheck.h"
 #include "kyglScopedLock.h"
@@ -230,6 +231,16 @@ KyTextDiagnosis diagnosisOfActive(const TwFontStorage& storage) {
             if (entry->value == storage.mActiveFont && entry->value != nullptr)
                 return entry->value->diagnosis(entry->key);
     return {"", nullptr, nullptr, false};
+}
+
+// The lists of a font belong to the GL context of the id that the thread has set.
+void judgeContext() {
+    const unsigned int id = kyglGetContext();
+    if (id == KYGL_NO_CONTEXT) return;
+    KyContextWatch::judge(id, []() -> KyContextWatch::Operation {
+        return {"KyGLText::render", "it draws by display lists that have the same names there",
+                nullptr, nullptr, false};
+    });
 }
 
 // A font that is missing was asked for perhaps before diagnostics were on.
@@ -628,6 +639,7 @@ void KyGLText::setPixelOffset(int x, int y) {
 // ---- drawing and measuring
 
 void KyGLText::render(float x, float y, float z, const char* text) {
+    if (KyDiagnosis::isOn()) judgeContext();
     const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     TwFontStorage* const storage = twGetFontStorage(true);

@@ -30,7 +30,7 @@ constexpr TypeName kTypes[] = {
 // Every other type is that of a texture or image unit, or a double.
 const char* nameOf(GLenum type) {
     const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                    [=](const TypeName& each) { return each.type == type; });
+                                           [=](const TypeName& each) { return each.type == type; });
     return found != std::end(kTypes) ? found->name : "another type";
 }
 

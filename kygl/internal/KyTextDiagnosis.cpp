@@ -138,7 +138,7 @@ KyFinding::Message KyTextDiagnosis::fontMessage() const {
                 "measures 0; call KyGLText::setFont first"};
     const Asked asked(mName);
     const std::string ofDefault =
-        asked.isDefault() ? ", the default that the first use of text in a context loads," : "";
+        asked.isDefault() ? ", the default that the first use of text in a context loads" : "";
     const std::string font = asked.shown() + ofDefault;
     const std::string again =
         "then KyGLText::cleanUp and setFont: without cleanUp it is not asked "
