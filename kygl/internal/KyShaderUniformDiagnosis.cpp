@@ -29,8 +29,8 @@ constexpr TypeName kTypes[] = {
 
 // Every other type is that of a texture or image unit, or a double.
 const char* nameOf(GLenum type) {
-    const auto found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                    [=](const TypeName& each) { return each.type == type; });
+    const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                           [=](const TypeName& each) { return each.type == type; });
     return found != std::end(kTypes) ? found->name : "another type";
 }
 
@@ -95,7 +95,7 @@ bool KyShaderUniformDiagnosis::askForActive() {
         GLenum type = 0;
         glGetActiveUniform(mProgram, i, static_cast<GLsizei>(name.size()), &length, &size, &type,
                            name.data());
-        mActive.push_back({withoutIndex(name.c_str()), type});
+        mActive.push_back({withoutIndex(name.substr(0, name.find('\0'))), type});
     }
     return KYGL_CHECK_GROUP(0).ok();
 }
