@@ -60,10 +60,10 @@ struct Library {
     }
 };
 
-// With diagnostics on and nothing to report.
+// With diagnostics on and nothing to report. This GL does not list the uniforms of a program.
 struct Diagnosed : Library<NoOpGLInContext> {
     explicit Diagnosed(int uniforms) : Library(uniforms) {
-        KyDiagnostics::enable();
+        KyDiagnostics::enable(nullptr, nullptr, KyDiagnostics::All & ~KyDiagnostics::Uniform);
         kyglSetContext(kContext);
     }
     ~Diagnosed() {

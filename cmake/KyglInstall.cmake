@@ -29,7 +29,7 @@ function(kygl_install_library target)
   set(config ${CMAKE_CURRENT_BINARY_DIR}/${target}Config.cmake)
   set(version ${CMAKE_CURRENT_BINARY_DIR}/${target}ConfigVersion.cmake)
   configure_package_config_file(${target}Config.cmake.in ${config}
-    INSTALL_DESTINATION ${config_dir} PATH_VARS KYGL_INSTALL_DATADIR)
+    INSTALL_DESTINATION ${config_dir} PATH_VARS KYGL_INSTALL_DATADIR CMAKE_INSTALL_BINDIR)
   write_basic_package_version_file(${version} COMPATIBILITY SameMajorVersion)
   install(FILES ${config} ${version} DESTINATION ${config_dir} COMPONENT kygl_development)
   install(EXPORT ${target}Targets NAMESPACE kygl:: DESTINATION ${config_dir}

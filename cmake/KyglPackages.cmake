@@ -43,6 +43,7 @@ set(CPACK_COMPONENT_KYGL_DEVELOPMENT_DEPENDS kygl_libraries)
 set(CPACK_DEBIAN_KYGL_DEVELOPMENT_PACKAGE_NAME libkygl-dev)
 set(CPACK_DEBIAN_KYGL_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_KYGL_DEVELOPMENT_PACKAGE_DEPENDS libgl-dev)
+set(CPACK_DEBIAN_KYGL_DEVELOPMENT_PACKAGE_SUGGESTS kygl-tools)  # for kygl_check_shaders
 set(CPACK_DEBIAN_KYGL_DEVELOPMENT_DESCRIPTION "development files of libkygl\n${about}
 .
 This package holds the headers, what CMake and pkg-config need to know, and the

@@ -36,9 +36,10 @@ struct _XDisplay;
 ///
 /// Any thread may call. One lock serialises all drawing and measuring; it is held across the GL and
 /// X calls, and the registry's lock is taken inside it. The plain settings that say so take no
-/// lock: keep them apart from text in other threads. Nothing reports a failure: without a font
-/// there is no output, and extents are 0. A failed allocation leaves as `std::bad_alloc`, before
-/// anything is drawn.
+/// lock: keep them apart from text in other threads. Without a font there is no output, and extents
+/// are 0; nothing reports a failure, unless `KyDiagnostics` is on: it names a font that is missing
+/// or of another family, bytes that a font lacks, and why characters have no display lists. A
+/// failed allocation leaves as `std::bad_alloc`, before anything is drawn.
 class KYGL_API KyGLText {
 public:
     KyGLText() = delete;

@@ -164,6 +164,7 @@ private:
     KYGL_LOCAL bool push(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL bool remove(const KyShaderParametersMacros::Wanted& macro);
     KYGL_LOCAL void keepSource(const KyString& text);
+    KYGL_LOCAL unsigned int build(unsigned int context);
     KYGL_LOCAL KyString load(bool keepsOrigins);
     KYGL_LOCAL KyShaderExpansion readFile(bool keepsOrigins) const;
     KYGL_LOCAL KyShaderBuildStage buildStage();

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <kygl/KyDiagnostics.h>
-#include <kylib/KyResult.h>
 #include <kygl/kyglApi.h>
+#include <kylib/KyResult.h>
 
 #include <chrono>
 

@@ -119,7 +119,9 @@ private:
 
     KYGL_LOCAL void judge(const char* operation, unsigned int context, bool takesId);
     KYGL_LOCAL void applyJudged(unsigned int context);
-    KYGL_LOCAL void use(unsigned int context);
+    KYGL_LOCAL void judgeUniforms();
+    KYGL_LOCAL void compareUniforms();
+    KYGL_LOCAL void use(bool isThere);
     KYGL_LOCAL bool isBuilt(unsigned int context) const;
     KYGL_LOCAL bool build(unsigned int context);
     KYGL_LOCAL void keepUniforms(bool locations, bool values);
@@ -147,4 +149,6 @@ private:
     bool mKeepsValues = false;              ///< likewise, to send only what changed
     KyShaderTechnique* mEntry = nullptr;    ///< the cache entry that `mProgram` is of
     KyShaderKeptUniforms* mKept = nullptr;  ///< owned, of cache entries: what `mProgram` holds
+    unsigned long mJudgedIn = 0;  ///< when the uniforms of `mProgram` were compared with the set's
+    unsigned long mJudged = 0;    ///< and which names there were
 };

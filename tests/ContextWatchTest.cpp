@@ -5,6 +5,7 @@
 
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kygl.h>
+#include <kygl/KyGLText.h>
 #include <kygl/KyShader.h>
 #include <kygl/KyShaderTechnique.h>
 #include <kygl/KyTexture.h>
@@ -37,6 +38,7 @@ struct ContextWatchTest : testing::Test {
             Queue::discard(id);
         tree.write("v", "vertex");
         tree.write("f", "fragment");
+        gl.uniforms = {{"height", GL_FLOAT}};
         pixels.create1D("abcd", 1);
         technique.uniforms().setUniform("height", 2.5F);
     }
@@ -60,6 +62,8 @@ struct ContextWatchTest : testing::Test {
         technique.apply(id);
         technique.applyUniform(technique.uniforms().getUniform("height"));
         pixels.bindTexture(id);
+        kyglSetContext(id);
+        KyGLText::render(0, 0, 0, "");
         vertex.compile(id);
         Queue::deferredDelete(id);
     }
@@ -109,6 +113,19 @@ TEST_F(ContextWatchTest, eachOperationInAnotherContextIsOneMessage) {
         {"context 3: error: apply(3) of v and f runs while no GL context is current: ",
          "context 3: error: apply(3) of v and f runs while a GL context is current that is not "});
     EXPECT_EQ(messages.end().size(), 6U) << "counts";
+}
+
+TEST_F(ContextWatchTest, textIsDrawnInTheContextOfTheIdThatTheThreadHasSet) {
+    Messages messages(KyDiagnostics::Context);
+    set(5, 50);
+    set(3, 30);
+    KyGLText::render(0, 0, 0, "a");
+    EXPECT_EQ(messages.take(), Lines());
+    makeCurrent(50);
+    KyGLText::render(0, 0, 0, "a");
+    KyGLText::render(0, 0, 0, L"a");
+    expect(messages.take(),
+           {"context 3: error: KyGLText::render with id 3 runs while the GL context of id 5 is "});
 }
 
 TEST_F(ContextWatchTest, aDrainInAnotherContextIsReportedBeforeItDeletes) {

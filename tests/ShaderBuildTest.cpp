@@ -113,9 +113,11 @@ TEST_F(ShaderBuildTest, filesThatGiveNothingAreMessagesOfTheirOwn) {
               (Lines{"v good", "f good",
                      "f:1: error: 'none' cannot be read: No such file or directory (looked for "
                      "beside the top-level file); nothing is put in its place",
-                     "f:2: warning: a file includes itself: f -> f",
+                     "f:2: warning: a file includes itself: f -> f; this #include is "
+                     "ignored: remove it",
                      "f:4: warning: #include in a comment: it is expanded, and its lines are code",
-                     "f:3: warning: #version stands behind macro lines; drivers want it first",
+                     "f:3: warning: #version is not first, because macros are put in front of "
+                     "the file: leave it out, or set no macros",
                      "vf good"}));
     EXPECT_EQ(files, (Lines{"v", "f", "none", "deep"}));
 }
@@ -144,4 +146,36 @@ TEST_F(ShaderBuildTest, diagnosticsNameFilesOnceAndCountBuildsThatFailAgain) {
     lines = shortened(messages.end());
     EXPECT_EQ(has("error: bad (context 1; macros: A) (10 times)"), 0);
     EXPECT_EQ(has("bad (context 1; macros: A) (10 times)"), 2);
+}
+
+TEST_F(ShaderBuildTest, aUniformThatDoesNotFitIsNamedOnceWithItsDeclaration) {
+    gl.uniforms = {{"height", GL_FLOAT}, {"n", GL_INT}, {"s[0]", GL_SAMPLER_2D}, {"b", GL_BOOL}};
+    program.setUniform("heigth", 1.0F);
+    program.setUniform("n", 2.0F);
+    program.setUniform("s", 1);
+    program.setUniform("b", 1.0F);
+    program.setUniform("x", 1);
+    program.apply(1);
+    Messages messages(KyDiagnostics::Uniform);
+    for (int i = 0; i < 3; ++i)
+        program.apply(1);
+    EXPECT_EQ(shortened(messages.take()),
+              (Lines{"context 1: warning: the program of v and f has no uniform 'heigth'; did you "
+                     "mean 'height'?",
+                     "context 1: v:2: error: uniform 'n' is kept as float, the type of its first "
+                     "value, but it is declared as int: the GL refuses it with "
+                     "GL_INVALID_OPERATION; set it with an int, such as 2, from the first time on "
+                     "(context 1)",
+                     "context 1: warning: the program of v and f has no uniform 'x'; it has "
+                     "height, n, s, b"}));
+    program.pushMacro("A");  // another program, which uses less of what is declared
+    gl.uniforms = {{"heigth", GL_FLOAT}};
+    program.applyUniform("b", 0.0F);
+    EXPECT_EQ(messages.take(), Lines());
+    program.apply(1);
+    const Lines lines = shortened(messages.take());
+    EXPECT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[0],
+              "context 1: v:2: note: uniform 'n' is declared here, but the program does not use "
+              "it: what is set for it goes nowhere (context 1; macros: A)");
 }

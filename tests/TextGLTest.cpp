@@ -1,3 +1,4 @@
+#include "support/Messages.h"
 #include "support/RealGLX.h"
 
 #include <kygl/kygl.h>
@@ -68,4 +69,16 @@ TEST_F(TextGLTest, thePenEndsWhereXSaysWhateverAFontLacks) {
         }
         XFreeFont(glXGetCurrentDisplay(), font);
     }
+}
+
+TEST_F(TextGLTest, aFontOfAnotherFamilyIsReportedByTheNameThatTheServerGivesIt) {
+    kyglSetContext(3);
+    Messages messages(KyDiagnostics::Text);
+    KyGLText::setFont(13, false, false, "no such");
+    const std::string last = messages.take().back();
+    EXPECT_EQ(last.find("context 3: warning: "), 0U) << last;
+    EXPECT_NE(last.find("'no such' (13 pixels)"), std::string::npos) << last;
+    EXPECT_NE(last.find("--13-"), std::string::npos) << last;
+    KyGLText::render(0, 0, 0, "caf\xe9");
+    EXPECT_EQ(messages.take(), std::vector<std::string>());
 }

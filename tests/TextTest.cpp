@@ -1,4 +1,5 @@
 #include "support/Allocations.h"
+#include "support/Messages.h"
 #include "support/RecordedGL.h"
 
 #include <kygl/kygl.h>
@@ -47,6 +48,7 @@ struct Server {
     int lists = 0;                             // of the font loaded last
     bool hasLists = true;                      // for the next font
     long measured = 0;                         // bytes of XTextWidth
+    long atomNames = 0;                        // as handed out and not given back
 };
 
 Server server;
@@ -125,6 +127,20 @@ int XFreeFontNames(char** names) {
     EXPECT_EQ(names, server.names.data());
     server.names.clear();
     return 0;
+}
+Bool XGetFontProperty(XFontStruct* font, Atom property, unsigned long* value) {
+    *value = 100 * property + font->fid;
+    return True;
+}
+char* XGetAtomName(Display*, Atom atom) {
+    ++server.atomNames;
+    server.asked.push_back(call("XGetAtomName", atom));
+    return strdup(("-got-" + std::to_string(atom)).c_str());
+}
+int XFree(void* name) {
+    --server.atomNames;
+    std::free(name);
+    return 1;
 }
 void glXUseXFont(Font font, int first, int count, int list) {
     note("glXUseXFont", font, first, count, list);
@@ -509,4 +525,134 @@ TEST_F(TextTest, eachByteIsMeasuredOnceAndNoLineAllocates) {
     for (long nth = allocations; nth > 0; --nth)
         EXPECT_TRUE(Allocations::stop(nth, false, render));
     EXPECT_EQ(gl.takeCalls(), Calls()) << "memory ran out after a GL call";
+}
+
+namespace {
+
+// "context 7: error: " of this and that.
+testing::AssertionResult isOne(const Calls& lines, unsigned int context,
+                               const std::string& severity, const Calls& parts) {
+    const std::string start = "context " + std::to_string(context) + ": " + severity + ": ";
+    bool fits = lines.size() == 1 && lines[0].rfind(start, 0) == 0;
+    for (const std::string& part : parts)
+        fits = fits && lines[0].find(part) != std::string::npos;
+    if (fits) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << testing::PrintToString(lines);
+}
+
+}  // namespace
+
+TEST_F(TextTest, aFontThatIsNotTheOneAskedForIsReportedUntilItIs) {
+    const std::string own = name("lu-cida", "medium-i", 14), none = name("none", "bold-r", -99);
+    const auto setLucida = [] { KyGLText::setFont(14, false, true, "lu-cida"); };
+    const auto setNone = [] { KyGLText::setFont(-99, true, false, "none"); };
+    server.fonts.clear();
+    server.add(name("*", "medium-i", 14));
+    setLucida();
+    EXPECT_EQ(server.takeAsked().back(), name("*", "medium-i", 14)) << "off, a name was asked for";
+    const unsigned int id = newContext();
+    Messages messages(KyDiagnostics::Text);
+    KyGLText::setPixelOffset(0, 0);
+    EXPECT_TRUE(isOne(messages.take(), id, "error",
+                      {"the font 'helvetica' (12 pixels, bold), the default", "measures 0"}));
+    setLucida();
+    setLucida();
+    EXPECT_TRUE(isOne(messages.take(), id, "warning",
+                      {"the font 'lu-cida' (14 pixels, italic), so", "family, -got-1801;"}));
+    EXPECT_EQ(server.atomNames, 0);
+    setNone();
+    EXPECT_TRUE(isOne(messages.take(), id, "error", {"'none' (-99 pixels, bold), and any"}));
+    rendered("a");
+    EXPECT_EQ(messages.take(), Calls()) << "the same again";
+    KyGLText::cleanUp();
+    extent("a");
+    EXPECT_TRUE(isOne(messages.take(), id, "error", {"KyGLText::cleanUp left"}));
+    server.add(none);
+    setNone();
+    EXPECT_TRUE(isOne(messages.take(), id, "note", {"'none'", "(2 times)"}));
+    KyGLText::setDisplay(nullptr);
+    const auto former = std::exchange(SoGLXEW::__glewXGetCurrentDisplay, nullptr);
+    KyGLText::fontBase(27);
+    SoGLXEW::__glewXGetCurrentDisplay = former;
+    EXPECT_TRUE(isOne(messages.take(), id, "error", {"(27 pixels, bold) was", "setDisplay"}));
+    EXPECT_TRUE(isOne(messages.end(), id, "note", {"'lu-cida'", "(2 times)"}));
+}
+
+TEST_F(TextTest, bytesThatAFontLacksAreReportedForEachSetOfThem) {
+    extent("");
+    const unsigned int id = kyglGetContext();
+    Messages messages(KyDiagnostics::Text);
+    server.add(name("capitals", "bold-r", 5), '[');
+    KyGLText::setFont(5, true, false, "capitals");
+    extent("A\\nB\n");
+    EXPECT_EQ(messages.take(), Calls()) << "a break is no glyph";
+    extent("\\A\\\\n");
+    EXPECT_TRUE(isOne(messages.take(), id, "warning", {"'capitals'", ": 0x5C;"}));
+    KyGLText::setFont(12, true, false, "helvetica");
+    rendered("caf\xc3\xa9");
+    EXPECT_TRUE(isOne(messages.take(), id, "warning", {"0xA9 0xC3;", "last code", "UTF-8"}));
+    rendered("\xe9\r\x7f\xe9");
+    EXPECT_TRUE(isOne(messages.take(), id, "warning", {": 0x0D 0x7F 0xE9;", "'\\r'"}));
+    extent("\xc3\xa9\xc3");
+    rendered("\xe9\r\x7f");
+    EXPECT_EQ(messages.end().size(), 2U) << "one count for each set";
+}
+
+TEST_F(TextTest, aContextInWhichNoCharacterIsDrawnIsReportedUntilOneIs) {
+    const unsigned int id = newContext();
+    Messages messages;
+    const auto render = [&] { return rendered("ab"), messages.take(); };
+    server.current = 0;
+    EXPECT_TRUE(isOne(render(), id, "error", {"no GLX context"}));
+    EXPECT_EQ(render(), Calls());
+    setenv("TWILAN_KYGLTEXT_NOGL", "1", 1);
+    EXPECT_EQ(render()[1].find("context " + std::to_string(id) + ": warning: "), 0U);
+    unsetenv("TWILAN_KYGLTEXT_NOGL");
+    server.current = id;
+    server.hasLists = false;
+    EXPECT_TRUE(isOne(render(), id, "error", {"core profile"}));
+    render();
+    server.hasLists = true;
+    EXPECT_TRUE(isOne(render(), id, "note", {"(2 times)"}));
+}
+
+TEST_F(TextTest, diagnosticsChangeNoCallAndAllocateNothingForTextThatIsAsAsked) {
+    KyGLText::setBackground(0, 0, 0, 0.5f);
+    const auto run = [&] {
+        KyGLText::cleanUp();
+        server.lists = 0;
+        KyGLText::setFont(12, true, false, "helvetica");
+        KyGLText::render(0, 0, 0, "a\nb~");
+        extent("a");
+        const Calls calls = gl.takeCalls();
+        return calls + server.takeAsked();
+    };
+    const auto allocations = [&] {
+        gl.muted = true;
+        const long before = Allocations::count;
+        KyGLText::render(0, 0, 0, "a\nb~");
+        extent("a");
+        gl.muted = false;
+        return Allocations::count - before;
+    };
+    run();
+    const Calls off = run();
+    const long allocationsOff = allocations();
+    const Messages messages(KyDiagnostics::Text);
+    EXPECT_EQ(run(), off);
+    EXPECT_EQ(allocations(), allocationsOff);
+}
+
+// The default font is loaded inside another operation.
+TEST_F(TextTest, theHandlerMayWaitForAThreadThatDrawsText) {
+    server.fonts.clear();
+    KyDiagnostics::enable([](const auto& message, void*) {
+        std::thread([&] {
+            kyglSetContext(message.context);
+            KyGLText::setFont(12, true, false, "helvetica");
+        }).join();
+    });
+    KyGLText::setAlignment(0, 0);
+    KyDiagnostics::disable();
+    EXPECT_EQ(server.takeAsked(), (Calls{kDefault, name("*", "bold-r", 12)}));
 }

@@ -2,6 +2,7 @@
 #include "support/RealGLX.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
 #include <kygl/KyShader.h>
@@ -93,6 +94,7 @@ struct Guide : RealGLXTest {
         program.setUniform("radius", 2.0F);
     }
     void TearDown() override {
+        KyDiagnostics::disable();
         program.deleteProgram();
         if (gl != nullptr) KyDeferredDeleteMap::deferredDelete(3);
         kyglClearAllContexts();
@@ -103,6 +105,7 @@ struct Guide : RealGLXTest {
 TEST_F(Guide, readme) {
     const KyString root(kRoot);
     //! [readme]
+    KyDiagnostics::enable();       // report mistakes: the library is silent otherwise
     KyShader::mFolderPath = root;  // files are in root/share/shaders/
 
     // on the thread of a context, with that context current
@@ -298,6 +301,25 @@ TEST_F(Guide, endsAContext) {
     const long forgotten = KyDeferredDeleteMap::discard(3);  // no GL call
     //! [gone]
     EXPECT_EQ(forgotten, 3);
+}
+
+TEST_F(Guide, explainsMistakes) {
+    testing::internal::CaptureStderr();
+    //! [enable]
+    KyDiagnostics::enable();  // where the program starts
+    //! [enable]
+    program.create("disc.vert", "disk.frag", "guide");
+    program.compile(3);
+    const std::string lines = testing::internal::GetCapturedStderr();
+    EXPECT_NE(lines.find("/share/shaders/guide/disk.frag: error: cannot be read: "), lines.npos);
+    //! [handler]
+    KyDiagnostics::enable([](const KyDiagnostics::Message& message, void*) {
+        const bool isError = message.severity == KyDiagnostics::Severity::Error;
+        writeLog(isError ? "mistake" : "hint", message.text);
+    });
+    //! [handler]
+    program.compile(3);
+    EXPECT_EQ(takeLog().find("mistake: cannot be read: "), 0U);
 }
 
 TEST_F(Guide, reportsErrors) {

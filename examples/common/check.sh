@@ -3,7 +3,8 @@
 #
 # Runs an example and compares what comes of it with the file EXPECTED, which has one extended
 # regular expression for each line:
-#   what the program prints, and on standard error what begins with its name or is the library's
+#   what the program prints, without what the library prints of a link that fails, and on standard
+#   error what begins with its name or is the library's
 #   "status N"
 #   "picture WxH" and "pixel X,Y RRGGBB", if it writes picture.png: the pixels that EXPECTED names
 # Exits with 77 where DISPLAY is not set. A display needs the fonts that scripts/packages names.
@@ -18,7 +19,7 @@ cd "$work" || exit 1
 "$program" "$@" >stdout 2>stderr
 status=$?
 {
-    cat stdout
+    grep -v '^internal/' stdout
     grep -E "^(${program##*/}|kygl|sogl): " stderr
     echo "status $status"
     # shellcheck disable=SC2046  # a word for each pixel

@@ -1,5 +1,6 @@
 #include <kygl/KyGLText.h>
 
+#include "KyContextWatch.h"
 #include "kyglBuildStamp.h"
 #include "kyglCheck.h"
 #include "kyglScopedLock.h"
@@ -29,6 +30,9 @@
 #include <GL/glx.h>
 #include <X11/Xlib.h>
 
+#include "KyTextDiagnosis.h"  // with the headers of X, whose macros break others
+#include "KyXGlyph.h"
+
 namespace {
 
 constexpr char kSource[] = "internal/KyGLText";
@@ -48,11 +52,17 @@ struct TwMyFont {
     int mListBase = 0;  ///< list of character 0; 0: no lists, -1: the font failed to load
     int mDescent = 0;   ///< of a loaded font
     XFontStruct* mFont = nullptr;  ///< null if the font failed to load
+    Display* mDisplay = nullptr;   ///< that was asked for it; null if there was none
+    bool mIsOtherFamily = false;   ///< in the place of the one that was asked for
 
     bool hasLists() const { return mListBase != 0 && mListBase != -1; }
     // As many as the highest code asks for, so that the list of code c is the base plus c.
     int listCount() const { return static_cast<int>(mFont->max_char_or_byte2) + 1; }
     int height() const { return mFont->ascent + mFont->descent; }
+    bool isAsAsked() const { return mFont != nullptr && !mIsOtherFamily; }
+    KyTextDiagnosis diagnosis(const KyString& name) const {
+        return {name.dataPtr(), mDisplay, mFont, mIsOtherFamily};
+    }
 };
 
 /// The text settings and the fonts of one context. Lives as long as the process.
@@ -128,28 +138,15 @@ Display* fontDisplay() {
 }
 
 // The requested name, then any family with the same weight, slant and size.
-XFontStruct* query(const KyString& name, int size, bool bold, bool italic) {
-    Display* const display = fontDisplay();
+XFontStruct* query(TwMyFont& made, const KyString& name, int size, bool bold, bool italic) {
+    Display* const display = made.mDisplay = fontDisplay();
     if (display == nullptr) return nullptr;
     if (XFontStruct* const font = XLoadQueryFont(display, name.dataPtr())) return font;
+    made.mIsOtherFamily = true;
     char anyFamily[256];
     std::snprintf(anyFamily, sizeof anyFamily, "-*-*-%s-%s-normal-*-%d-*-*-*-*-*-*-*",
                   weightOf(bold), slantOf(italic), size);
     return XLoadQueryFont(display, anyFamily);
-}
-
-// What the font has for a character, as Xlib looks it up; null if it has nothing. Row 0 is that of
-// 8-bit text, and the only one of a font whose codes are single numbers.
-const XCharStruct* glyphOf(const XFontStruct& font, unsigned int row, unsigned int column) {
-    if (row < font.min_byte1 || row > font.max_byte1) return nullptr;
-    if (column < font.min_char_or_byte2 || column > font.max_char_or_byte2) return nullptr;
-    if (font.per_char == nullptr) return &font.min_bounds;
-    const unsigned int columns = font.max_char_or_byte2 - font.min_char_or_byte2 + 1;
-    const XCharStruct& glyph =
-        font.per_char[(row - font.min_byte1) * columns + column - font.min_char_or_byte2];
-    const bool isThere = glyph.width != 0 || glyph.lbearing != 0 || glyph.rbearing != 0 ||
-                         glyph.ascent != 0 || glyph.descent != 0;
-    return isThere ? &glyph : nullptr;
 }
 
 bool hasInk(const XCharStruct& glyph) {
@@ -168,9 +165,9 @@ void makeListsWithoutInk(const XFontStruct& font, GLuint base) {
     const bool hasRows = font.max_byte1 > 0;
     const unsigned int row = hasRows ? font.default_char >> 8 : 0;
     const unsigned int column = hasRows ? font.default_char & 0xFF : font.default_char;
-    const XCharStruct* const substitute = glyphOf(font, row, column);
+    const XCharStruct* const substitute = kyGlyphOf(font, row, column);
     for (unsigned int code = font.min_char_or_byte2; code <= font.max_char_or_byte2; ++code) {
-        const XCharStruct* const glyph = glyphOf(font, 0, code);
+        const XCharStruct* const glyph = kyGlyphOf(font, 0, code);
         if (glyph != nullptr ? hasInk(*glyph) : substitute == nullptr) continue;
         glNewList(base + code, GL_COMPILE);
         if (glyph == nullptr && row == 0)
@@ -203,7 +200,10 @@ void makeLists(TwMyFont& font, GLuint base) {
 // at the next text, so nothing may be written to list 0 and on: they are the application's.
 void makeMissingLists(TwMyFont& font) {
     if (font.hasLists() || listsAreSwitchedOff() || glXGetCurrentContext() == nullptr) return;
-    if (const GLuint base = glGenLists(font.listCount())) makeLists(font, base);
+    const GLuint base = glGenLists(font.listCount());
+    if (base == 0) return;
+    makeLists(font, base);
+    KyTextDiagnosis::endNoLists();
 }
 
 void load(TwMyFont& font, XFontStruct* found, bool withLists) {
@@ -221,6 +221,43 @@ void release(const TwMyFont* font) {
     if (font == nullptr) return;
     if (font->hasLists()) glDeleteLists(static_cast<GLuint>(font->mListBase), font->listCount());
     delete font;
+}
+
+// ---- diagnosis
+
+KyTextDiagnosis diagnosisOfActive(const TwFontStorage& storage) {
+    for (int bucket = 0; bucket <= storage.mFonts.mask; ++bucket)
+        for (auto* entry = storage.mFonts.buckets[bucket]; entry != nullptr; entry = entry->next)
+            if (entry->value == storage.mActiveFont && entry->value != nullptr)
+                return entry->value->diagnosis(entry->key);
+    return {"", nullptr, nullptr, false};
+}
+
+// The lists of a font belong to the GL context of the id that the thread has set.
+void judgeContext() {
+    const unsigned int id = kyglGetContext();
+    if (id == KYGL_NO_CONTEXT) return;
+    KyContextWatch::judge(id, []() -> KyContextWatch::Operation {
+        return {"KyGLText::render", "it draws by display lists that have the same names there",
+                nullptr, nullptr, false};
+    });
+}
+
+// A font that is missing was asked for perhaps before diagnostics were on.
+void diagnose(const TwFontStorage& storage, const char* text) {
+    if (!KyDiagnosis::wants(KyDiagnostics::Text)) return;
+    if (!storage.hasFont()) return diagnosisOfActive(storage).judgeFont();
+    const auto lacking = KyTextDiagnosis::bytesLacking(*storage.mActiveFont->mFont, text);
+    if (lacking.any()) diagnosisOfActive(storage).reportBytes(lacking, text);
+}
+
+void diagnoseLists(const TwMyFont& font) {
+    using NoLists = KyTextDiagnosis::NoLists;
+    if (font.hasLists() || !KyDiagnosis::wants(KyDiagnostics::Text)) return;
+    const bool hasContext = glXGetCurrentContext() != nullptr;
+    KyTextDiagnosis::reportNoLists(listsAreSwitchedOff() ? NoLists::SwitchedOff
+                                   : hasContext          ? NoLists::Refused
+                                                         : NoLists::NoContext);
 }
 
 // ---- lines
@@ -553,22 +590,26 @@ int KyGLText::availablePointSizes(int* sizes, int maxSizes, const char* family, 
 
 // A font that failed stays in the table, so that the server is not asked for it in every frame.
 void KyGLText::setFont(int size, bool bold, bool italic, const char* family) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     TwFontStorage* const storage = twGetFontStorage(true);
     const KyString name(0, "-*-%s-%s-%s-normal-*-%d-*-*-*-*-*-*-*", family, weightOf(bold),
                         slantOf(italic), size);
     TwMyFont*& entry = storage->mFonts[name];
     const bool withLists = !listsAreSwitchedOff();
-    if (entry == nullptr) {
+    const bool isNew = entry == nullptr;
+    if (isNew) {
         auto made = std::make_unique<TwMyFont>();
         const bool hasContext = withLists && glXGetCurrentContext() != nullptr;
-        load(*made, query(name, size, bold, italic), hasContext);
+        load(*made, query(*made, name, size, bold, italic), hasContext);
         entry = made.release();
     }
     storage->mActiveFont = entry;
+    if (isNew || !entry->isAsAsked()) entry->diagnosis(name).judgeFont();
 }
 
 void KyGLText::setAlignment(int horizontal, int vertical) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     TwFontStorage* const storage = twGetFontStorage(true);
     storage->mAlignX = horizontal;
@@ -576,16 +617,19 @@ void KyGLText::setAlignment(int horizontal, int vertical) {
 }
 
 void KyGLText::setForeground(float r, float g, float b, float a) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     store(twGetFontStorage(true)->mForeground, r, g, b, a);
 }
 
 void KyGLText::setBackground(float r, float g, float b, float a) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     store(twGetFontStorage(true)->mBackground, r, g, b, a);
 }
 
 void KyGLText::setPixelOffset(int x, int y) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     TwFontStorage* const storage = twGetFontStorage(true);
     storage->mOffsetX = x;
@@ -595,11 +639,15 @@ void KyGLText::setPixelOffset(int x, int y) {
 // ---- drawing and measuring
 
 void KyGLText::render(float x, float y, float z, const char* text) {
+    if (KyDiagnosis::isOn()) judgeContext();
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     TwFontStorage* const storage = twGetFontStorage(true);
+    diagnose(*storage, text);
     if (!storage->hasFont() || storage->mActiveFont->mListBase < 0) return;
     Drawing drawing(*storage, text);
     makeMissingLists(*storage->mActiveFont);
+    diagnoseLists(*storage->mActiveFont);
     drawing.draw(x, y, z);
 }
 
@@ -608,8 +656,10 @@ void KyGLText::render(float x, float y, float z, const wchar_t* text) {
 }
 
 int KyGLText::textExtent(const char* text, int& width, int& height) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     const TwFontStorage* const storage = twGetFontStorage(true);
+    diagnose(*storage, text);
     width = 0;
     height = 0;
     return storage->hasFont() ? measure(*storage->mActiveFont, text, width, height) : 0;
@@ -624,6 +674,7 @@ bool KyGLText::wcharSupported() {
 }
 
 int KyGLText::fontBase(int size) {
+    const KyDiagnosis::Postponed delivery;
     const KyScopedLock hold(sFontStorageMutex);
     setFont(size, true, false, defaultFontFamily());
     return twGetFontStorage(true)->mActiveFont->mListBase;

@@ -53,6 +53,11 @@ unsigned int KyShader::bringUpToDate(unsigned int context) {
         compileCaching(context);
         return mId;
     }
+    return build(context);
+}
+
+// Out of line, so that a search in the cache saves no registers for it.
+[[gnu::noinline]] unsigned int KyShader::build(unsigned int context) {
     deleteShader();
     const KyShaderBuildReport report;
     const KyString text = load(static_cast<bool>(report));

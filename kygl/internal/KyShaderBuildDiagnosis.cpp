@@ -10,7 +10,8 @@ namespace {
 using Topic = KyDiagnostics::Topic;
 
 std::string circumstancesOf(const KyShaderBuildRecord& record) {
-    return kyCircumstances(record.context, record.hasVertex ? &record.vertex : nullptr,
+    return kyCircumstances("context " + std::to_string(record.context),
+                           record.hasVertex ? &record.vertex : nullptr,
                            record.hasFragment ? &record.fragment : nullptr);
 }
 
@@ -47,6 +48,11 @@ std::string whyNotRead(const KyShaderMessage& message, const KyShaderBuildStage&
            "\": set mFolderPath before the first build, or correct the names given to create";
 }
 
+// Of the shader itself: an included file is named at its directive.
+bool isOfTopFile(const KyShaderMessage& message) {
+    return kyTopicOf(message) == KyDiagnostics::File && message.places.front().line == 0;
+}
+
 // Files are the same for all macro sets and contexts: what is wrong with them is said once.
 void diagnoseFiles(const KyShaderBuildRecord& record) {
     const KyShaderBuildStage& stage = record.hasVertex ? record.vertex : record.fragment;
@@ -56,9 +62,7 @@ void diagnoseFiles(const KyShaderBuildRecord& record) {
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != topic) continue;
             found.messages.push_back(show(message));
-            const bool isTop = topic == KyDiagnostics::File && message.places.front().line == 0;
-            if (!isTop) continue;
-            found.messages.back().text = whyNotRead(message, stage);
+            if (isOfTopFile(message)) found.messages.back().text = whyNotRead(message, stage);
         }
         if (found.messages.empty())
             KyDiagnosis::ended(topic, [&] { return found.subject; });
@@ -130,12 +134,16 @@ void diagnoseResult(const KyShaderBuildRecord& record) {
         KyDiagnosis::ended(KyDiagnostics::Build, [&] { return subject; });
         return;
     }
+    const bool isUnread = std::any_of(record.messages.begin(), record.messages.end(), isOfTopFile);
+    const std::string ending =
+        (isUnread ? "; the shader is empty, because its file cannot be read" : "") +
+        circumstancesOf(record);
     KyDiagnosis::report(KyDiagnostics::Build, [&] {
         KyFinding found{subject, {}, record.context};
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != KyDiagnostics::Build) continue;
             found.messages.push_back(show(message));
-            found.messages.back().text += circumstancesOf(record);
+            found.messages.back().text += ending;
         }
         return found;
     });

@@ -36,15 +36,15 @@ KyDiagnostics::Topic kyTopicOf(const KyShaderMessage& message) {
     return message.topic == From::Version ? KyDiagnostics::Version : KyDiagnostics::Build;
 }
 
-std::string kyCircumstances(unsigned int context, const KyShaderBuildStage* vertex,
+std::string kyCircumstances(const std::string& where, const KyShaderBuildStage* vertex,
                             const KyShaderBuildStage* fragment) {
     const std::string ofVertex = macrosOf(vertex != nullptr ? vertex : fragment);
     const std::string ofFragment = macrosOf(fragment != nullptr ? fragment : vertex);
-    std::string text = " (context " + std::to_string(context);
+    std::string text = where;
+    const auto add = [&](const std::string& more) { text += (text.empty() ? "" : "; ") + more; };
     if (ofVertex != ofFragment)
-        text += "; macros of the vertex shader: " + ofVertex +
-                "; of the fragment shader: " + ofFragment;
+        add("macros of the vertex shader: " + ofVertex + "; of the fragment shader: " + ofFragment);
     else if (!ofVertex.empty())
-        text += "; macros: " + ofVertex;
-    return text + ")";
+        add("macros: " + ofVertex);
+    return text.empty() ? text : " (" + text + ")";
 }

@@ -41,6 +41,7 @@ KyDiagnostics::Severity kySeverityOf(const KyShaderMessage& message);
 KyDiagnostics::Topic kyTopicOf(const KyShaderMessage& message);
 
 /// What a sentence about a build ends with: " (context 3; macros: A; LIGHTS 3)".
+/// @param where "context 3", or "" where that is known anyway
 /// @param vertex,fragment null for a stage that it is not about
-std::string kyCircumstances(unsigned int context, const KyShaderBuildStage* vertex,
+std::string kyCircumstances(const std::string& where, const KyShaderBuildStage* vertex,
                             const KyShaderBuildStage* fragment);

@@ -62,10 +62,12 @@ std::vector<KyShaderMessage> KyShaderOrigins::messages(bool behindMacros) const 
     std::vector<KyShaderMessage> all = mMessages;
     for (const File& each : mFiles)
         if (behindMacros && each.text.versionLine() > 0)
-            all.push_back({{{each.path, each.text.versionLine()}},
-                           Severity::Warning,
-                           "#version stands behind macro lines; drivers want it first",
-                           Topic::Version});
+            all.push_back(
+                {{{each.path, each.text.versionLine()}},
+                 Severity::Warning,
+                 "#version is not first, because macros are put in front of the file: leave it "
+                 "out, or set no macros",
+                 Topic::Version});
     return all;
 }
 
@@ -355,6 +357,7 @@ bool KyShaderOrigins::includesItself(Reading& reading) {
         if (isLong) file = same - kEnd;
         chain.insert(0, mFiles[*file].path + (isLong ? " -> ... -> " : " -> "));
     }
-    warn(placeOf(reading.directive), Topic::Include, "itself", "a file includes itself: " + chain);
+    warn(placeOf(reading.directive), Topic::Include, "itself",
+         "a file includes itself: " + chain + "; this #include is ignored: remove it");
     return true;
 }

@@ -5,6 +5,7 @@
 #include "kyglCheck.h"
 #include "KyShaderBuildReport.h"
 #include "KyShaderKeptUniforms.h"
+#include "KyShaderUniformDiagnosis.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
 #include <kygl/kyglShaderGLSL.h>
@@ -98,6 +99,7 @@ bool KyShaderTechnique::link(unsigned int context) {
         mIsUpToDate = true;
         mOwnsProgram = true;
         mBuildFailed = false;
+        mJudgedIn = 0;
     } else {
         std::puts(result.text());
     }
@@ -157,18 +159,42 @@ bool KyShaderTechnique::findOrBuild(unsigned int context) {
 // While diagnostics are off, all that is left of them here is a load and a branch.
 void KyShaderTechnique::apply(unsigned int context) {
     if (KyDiagnosis::isOn()) return applyJudged(context);
-    use(context);
+    use(isBuilt(context) || build(context));
 }
 
 [[gnu::noinline]] void KyShaderTechnique::applyJudged(unsigned int context) {
     judge("apply", context, true);
-    use(context);
+    const bool isThere = isBuilt(context) || build(context);
+    if (isThere) judgeUniforms();
+    use(isThere);
+}
+
+// Once for each program, and again where names came or went. What the driver would refuse is
+// reported before it does.
+inline void KyShaderTechnique::judgeUniforms() {
+    KyShaderTechnique& program = mOwnsProgram || mEntry == nullptr ? *this : *mEntry;
+    if (program.mJudgedIn == KyDiagnosis::enables() &&
+        program.mJudged == mUniformParameters.mListed)
+        return;
+    program.mJudgedIn = KyDiagnosis::enables();
+    program.mJudged = mUniformParameters.mListed;
+    if (KyDiagnosis::wants(KyDiagnostics::Uniform)) compareUniforms();
+}
+
+[[gnu::cold]] void KyShaderTechnique::compareUniforms() {
+    try {
+        KyShaderUniformDiagnosis(mUniformParameters, mProgram, mGLContext,
+                                 mVertexShader->buildStage(), mFragmentShader->buildStage())
+            .run();
+    } catch (const std::bad_alloc&) {  // the messages are lost
+    }
 }
 
 // After a failed build the name may be that of another context's program, and after a failed
 // glUseProgram another program may be in use: which one gets the values is not known.
-inline void KyShaderTechnique::use(unsigned int context) {
-    if (isBuilt(context) || build(context)) {
+// @param isThere whether there is a program for the context that was asked for
+inline void KyShaderTechnique::use(bool isThere) {
+    if (isThere) {
         const bool isUsed = KYGL_CHECKED(glUseProgram(mProgram), 0).ok();
         if (mKeepsLocations && isUsed)
             sendUniforms();
@@ -234,8 +260,10 @@ bool KyShaderTechnique::isApplied() {
 
 bool KyShaderTechnique::applyUniform(KyShaderUniform* uniform) {
     if (uniform == nullptr) return false;
-    if (KyDiagnosis::isOn() && mHasProgram) judge("applyUniform", mGLContext, false);
+    const bool isJudged = KyDiagnosis::isOn() && mHasProgram;
+    if (isJudged) judge("applyUniform", mGLContext, false);
     if (!isApplied()) return false;
+    if (isJudged && !mBuildFailed) judgeUniforms();
     if (!mKeepsLocations || mBuildFailed || mEntry == nullptr || mEntry->mKept == nullptr)
         return uniform->activate(mProgram);
     const int location = mEntry->mKept->location(mUniformParameters.mUniforms.find(uniform));

@@ -29,8 +29,8 @@ constexpr TypeName kTypes[] = {
 
 // Every other type is that of a texture or image unit, or a double.
 const char* nameOf(GLenum type) {
-    const auto found = std::find_if(std::begin(kTypes), std::end(kTypes),
-                                    [=](const TypeName& each) { return each.type == type; });
+    const auto* const found = std::find_if(std::begin(kTypes), std::end(kTypes),
+                                           [=](const TypeName& each) { return each.type == type; });
     return found != std::end(kTypes) ? found->name : "another type";
 }
 
@@ -95,7 +95,7 @@ bool KyShaderUniformDiagnosis::askForActive() {
         GLenum type = 0;
         glGetActiveUniform(mProgram, i, static_cast<GLsizei>(name.size()), &length, &size, &type,
                            name.data());
-        mActive.push_back({withoutIndex(name.c_str()), type});
+        mActive.push_back({withoutIndex(name.substr(0, name.find('\0'))), type});
     }
     return KYGL_CHECK_GROUP(0).ok();
 }
@@ -135,7 +135,8 @@ std::string KyShaderUniformDiagnosis::advice(const std::string& name) const {
     };
     const auto nearest = std::min_element(mActive.begin(), mActive.end(), byDistance);
     if (nearest == mActive.end()) return "; it has none at all";
-    if (distance(name, nearest->name) <= std::max<std::size_t>(name.size() / 3, 1))
+    const std::size_t changes = distance(name, nearest->name);
+    if (changes <= std::max<std::size_t>(name.size() / 3, 1) && changes < name.size())
         return "; did you mean " + inQuotes(nearest->name) + "?";
     constexpr std::size_t kMostNames = 8;
     std::string names;
@@ -151,12 +152,13 @@ void KyShaderUniformDiagnosis::reportType(const KyShaderUniform& uniform,
     const bool isScalar = declared == GL_FLOAT || declared == GL_INT || isUnit(declared);
     const KyShaderPlace place = declaration(name);
     std::string text = "uniform " + inQuotes(name) + " is kept as " + (isInt ? "int" : "float") +
-                       ", but it is declared as " +
+                       ", the type of its first value, but it is declared as " +
                        (isUnit(declared) ? "a sampler or an image" : nameOf(declared)) +
-                       ": the GL refuses its value with GL_INVALID_OPERATION; ";
+                       ": the GL refuses it with GL_INVALID_OPERATION; ";
     if (isScalar)
-        text += std::string("set it with a value of type ") +
-                (declared == GL_FLOAT ? "float" : "int") + " from the first time on";
+        text += std::string("set it with ") +
+                (declared == GL_FLOAT ? "a float, such as 2.0F," : "an int, such as 2,") +
+                " from the first time on";
     else
         text += "the library keeps floats and ints alone, so send it by a call of the GL's";
     if (!place.isKnown())
@@ -166,8 +168,10 @@ void KyShaderUniformDiagnosis::reportType(const KyShaderUniform& uniform,
 }
 
 void KyShaderUniformDiagnosis::report(const std::string& name, KyFinding::Message&& message) const {
-    const std::string circumstances = kyCircumstances(mContext, &mVertex, &mFragment);
-    message.text += circumstances;
+    const std::string context = "context " + std::to_string(mContext);
+    const std::string circumstances = kyCircumstances(context, &mVertex, &mFragment);
+    message.text +=
+        message.file.empty() ? kyCircumstances("", &mVertex, &mFragment) : circumstances;
     KyDiagnosis::report(KyDiagnostics::Uniform, [&] {
         return KyFinding{"uniform|" + std::string(mVertex.path.dataPtr()) + "|" +
                              mFragment.path.dataPtr() + circumstances + "|" + name,

@@ -52,7 +52,7 @@ void check(const KyShaderMessage& message, const std::string& line, const Text* 
     }
 }
 
-// A note is indented in its line, and where it says it is, its message is.
+// A note is indented in its line, and has the place of its message.
 void checkNote(const KyShaderMessage& note, const KyShaderMessage& of, const std::string& line) {
     require(note.severity == KyShaderMessage::Severity::Note && note.notes.empty());
     require(of.severity != KyShaderMessage::Severity::None);

@@ -23,6 +23,23 @@ check_record "$prefix" lib
 
 build_by_cmake "$prefix"
 check_run "$work/outside/outside" "$(cat "$work/outside/data_dir")"
+
+# ---- shaders that its build checks: once, and again when an included file changes
+rebuild() { cmake --build "$work/outside" 2>&1 | tee "$work/log"; }
+rebuild | grep -qF 'no work to do' || fail "shaders that did not change are checked again"
+shader=$prefix/share/kygl/share/shaders/gallery/light.glsl
+[[ -e $shader ]]
+cp "$shader" "$work/kept"
+echo 'float fault() { return wrong; }' >>"$shader"
+! rebuild || fail "a fault in an included file does not stop the build"
+grep -E "^$shader:[0-9]+: error: " "$work/log" || fail "the build does not name the fault"
+cp "$work/kept" "$shader"
+rebuild
+touch "$shader"
+env -u DISPLAY cmake --build "$work/outside" | grep -F 'no X display' ||
+    fail "a check that is left out is not seen"
+! rebuild | grep -F 'no work to do' || fail "what was left out is not made up for"
+
 build_plain "$prefix" lib "$work/plain"
 LD_LIBRARY_PATH=$prefix/lib check_run "$work/plain" "$(pkg-config --variable=datadir kygl)"
 
@@ -49,7 +66,7 @@ cmake -G Ninja -S "$source" -B "$work/build" "-DCMAKE_PREFIX_PATH=$work/site" \
 cmake --build "$work/build"
 cmake --install "$work/build" --prefix "$work/own"
 [[ ! $(find "$work/own" -name '*kylib*' -o -name '*sogl*') ]] || fail "installs a layer of ours"
-build_by_cmake "$work/own;$work/site"
+LD_LIBRARY_PATH=$work/site/lib build_by_cmake "$work/own;$work/site"
 LD_LIBRARY_PATH=$work/site/lib check_run "$work/outside/outside" "$work/own/share/kygl"
 
 echo "${#headers[@]} headers, outside projects by CMake and pkg-config, layers of a site's own"

@@ -13,9 +13,8 @@ namespace {
 struct Options {
     ExpandOptions expand;
     CheckOptions check;
-    WatchOptions watch;
+    CheckOptions watch;
     Program pair;
-    std::string list;
 };
 
 void addMacros(CLI::App* command, std::vector<std::string>& macros) {
@@ -30,6 +29,11 @@ void addRoot(CLI::App* command, std::string& root) {
         ->add_option("--root", root,
                      "as KyShader::mFolderPath: names are looked for in ROOT/share/shaders/")
         ->type_name("ROOT");
+}
+
+void addDeps(CLI::App* command, std::string& deps) {
+    command->add_option("--deps", deps, "write a rule for make: which files were read")
+        ->type_name("FILE");
 }
 
 void addStrict(CLI::App* command, bool& strict) {
@@ -62,8 +66,7 @@ CLI::App* addExpand(CLI::App& app, ExpandOptions& options) {
     addRoot(command, options.root);
     command->add_flag("--lines", options.lines, "in front of each line, where it comes from");
     addStrict(command, options.strict);
-    command->add_option("--deps", options.deps, "write a rule for make: which files were read")
-        ->type_name("FILE");
+    addDeps(command, options.deps);
     command->add_option("-o,--output", options.output, "write the text there")->type_name("FILE");
     return command;
 }
@@ -82,7 +85,8 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     auto* const fragment =
         command->add_option("FRAGMENT", options.pair.fragment, "fragment shader file");
     vertex->needs(fragment);
-    command->add_option("--list", options.list, "programs and their macro sets; see kyglsl(1)")
+    command
+        ->add_option("--list", options.check.list, "programs and their macro sets; see kyglsl(1)")
         ->type_name("FILE")
         ->excludes(vertex);
     addStage(command, "--vertex", options.pair.vertex, vertex);
@@ -92,17 +96,22 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
     addFormat(command, options.check.format);
     addStrict(command, options.check.strict);
+    addDeps(command, options.check.deps);
+    command->add_option("--stamp", options.check.stamp, "write an empty file if all is clean")
+        ->type_name("FILE");
+    command->add_flag("--skip-without-display", options.check.skipWithoutDisplay,
+                      "exit status 0 where there is no X display");
     return command;
 }
 
-CLI::App* addWatch(CLI::App& app, WatchOptions& options) {
+CLI::App* addWatch(CLI::App& app, CheckOptions& options) {
     CLI::App* const command =
         app.add_subcommand("watch", "Check again whenever a file changes, and print what changed");
     command->add_option("--list", options.list, "programs and their macro sets; see kyglsl(1)")
         ->type_name("FILE")
         ->required();
-    addMacros(command, options.check.macros);
-    addRoot(command, options.check.root);
+    addMacros(command, options.macros);
+    addRoot(command, options.root);
     return command;
 }
 
@@ -116,7 +125,7 @@ int runExpand(const Options& options) {
 }
 
 int runWatch(const Options& options) {
-    requireFewMacros(options.watch.check.macros);
+    requireFewMacros(options.watch.macros);
     return watch(options.watch);
 }
 
@@ -124,9 +133,8 @@ int runCheck(Options& options) {
     requireFewMacros(options.check.macros);
     if (options.check.raw && options.check.format == CheckOptions::Format::Sarif)
         throw UsageError("--raw: SARIF has no place for logs");
-    options.check.isList = !options.list.empty();
-    if (options.check.isList)
-        return check(listedPrograms(options.list, options.check.root), options.check);
+    if (!options.check.list.empty())
+        return check(listedPrograms(options.check.list, options.check.root), options.check);
     if (options.pair.name().empty())
         throw UsageError("check: VERTEX FRAGMENT, --vertex FILE, --fragment FILE or --list FILE");
     options.pair.lines = {MacroLine()};

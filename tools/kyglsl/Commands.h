@@ -22,19 +22,17 @@ struct CheckOptions {
     std::vector<std::string> macros;  // in front of those of every program
     bool raw = false;
     Format format = Format::Text;
-    bool strict = false;  // as for `expand`
-    bool isList = false;  // of programs: a table ends the run
-};
-
-struct WatchOptions {
-    std::string list;
-    CheckOptions check;
+    bool strict = false;              // as for `expand`
+    std::string list;                 // empty: one program without a list
+    std::string deps;                 // as for `expand`
+    std::string stamp;                // written anew where the check is clean; empty: none
+    bool skipWithoutDisplay = false;  // then nothing is checked, and the status is 0
 };
 
 /// Each returns the exit status, 0 or 1, and throws a `UsageError` for 2.
 ///@{
 int expand(const ExpandOptions& options);
 int check(const std::vector<Program>& programs, const CheckOptions& options);
-/// Ends by a signal only.
-int watch(const WatchOptions& options);
+/// Of a list. Ends by a signal only.
+int watch(const CheckOptions& options);
 ///@}

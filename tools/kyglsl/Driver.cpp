@@ -77,12 +77,12 @@ Driver::Driver() {
 
 void Driver::open() {
     const char* const name = std::getenv("DISPLAY");
-    if (name == nullptr || *name == '\0') throw UsageError("no X display: DISPLAY is not set");
+    if (name == nullptr || *name == '\0') throw NoDisplay("no X display: DISPLAY is not set");
     XSetErrorHandler(noteError);
     XSetIOErrorHandler(endWithoutServer);
     mDisplay.reset(XOpenDisplay(nullptr));
     if (mDisplay == nullptr)
-        throw UsageError(std::string("no X display: cannot connect to '") + name + "'");
+        throw NoDisplay(std::string("no X display: cannot connect to '") + name + "'");
 }
 
 void Driver::makeCurrent() {

@@ -1,20 +1,13 @@
 #include "Commands.h"
 #include "MacroSet.h"
+#include "MakeRule.h"
+#include "OutputFile.h"
 #include "ShaderFiles.h"
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 
 namespace {
-
-template <typename Function>
-void write(const std::string& path, Function print) {
-    std::ofstream file(path, std::ios::binary);
-    print(file);
-    file.close();
-    if (!file) throw UsageError(path + ": cannot be written");
-}
 
 void printWithPlaces(std::ostream& out, const std::string& text, const KyShaderOrigins& file,
                      const MacroSet& macros) {
@@ -27,41 +20,11 @@ void printWithPlaces(std::ostream& out, const std::string& text, const KyShaderO
     }
 }
 
-// No rule of make can name such a file.
-bool hasControl(const std::string& path) {
-    return std::any_of(path.begin(), path.end(),
-                       [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-}
-
-std::string forMake(const std::string& path) {
-    std::string out;
-    for (const char c : path) {
-        if (c == ' ' || c == '#' || c == ':') out += '\\';
-        if (c == '$') out += '$';
-        out += c;
-    }
-    return out;
-}
-
-// Each included file is a target of its own as well: one that goes away stops no build.
-std::string depfile(const std::string& target, const KyShaderOrigins& file) {
-    const std::vector<std::string> paths = file.files();
-    std::string rule = forMake(target) + ":";
-    std::string targets;
-    for (const std::string& path : paths) {
-        if (hasControl(path)) continue;
-        rule += " " + forMake(path);
-        if (path != paths.front()) targets += forMake(path) + ":\n";
-    }
-    return rule + "\n" + targets;
-}
-
 }  // namespace
 
 int expand(const ExpandOptions& options) {
     const std::string& target = options.output.empty() ? options.deps : options.output;
-    if (!options.deps.empty() && hasControl(target))
-        throw UsageError(target + ": make cannot name such a file");
+    if (!options.deps.empty()) requireMakeTarget(target);
     ShaderFiles files(options.root);
     const KyShaderOrigins& file = files.get(options.file);
     const MacroSet macros(options.macros);
@@ -82,9 +45,10 @@ int expand(const ExpandOptions& options) {
         print(std::cout);
         if (!(std::cout << std::flush)) throw UsageError("standard output: cannot be written");
     } else {
-        write(options.output, print);
+        writeFile(options.output, print);
     }
     if (!options.deps.empty())
-        write(options.deps, [&](std::ostream& out) { out << depfile(target, file); });
+        writeFile(options.deps,
+                  [&](std::ostream& out) { out << makeRule(target, file.files(), file.path()); });
     return options.strict && !warnings.empty() ? 1 : 0;
 }

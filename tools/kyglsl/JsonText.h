@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-/// The value on one line. Drivers quote what stands in a file: what is no UTF-8 there becomes the
+/// The value on one line. Drivers quote files: what is no UTF-8 there becomes the
 /// replacement character.
 void writeJson(std::FILE* out, const nlohmann::ordered_json& value);
 
@@ -12,7 +12,7 @@ void writeJson(std::FILE* out, const nlohmann::ordered_json& value);
 class JsonItems {
 public:
     explicit JsonItems(std::FILE* out) : mOut(out) {}
-    /// What stands in front of the next item.
+    /// Writes what is between items.
     void separate();
     void add(const nlohmann::ordered_json& item);
 

@@ -37,7 +37,8 @@ public:
     const std::vector<Item>& items() const { return mItems; }
     long variants() const { return mVariants; }
 
-    /// The message as text. One that not all variants have tells how many do and the first of them.
+    /// The message as text. One that not all variants have comes with how many do and the first of
+    /// them.
     std::string text(const Item& item) const;
 
 private:

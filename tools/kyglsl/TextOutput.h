@@ -2,8 +2,8 @@
 
 #include "CheckOutput.h"
 
-/// For people: messages on standard error, and on standard output the logs as they stand, where
-/// they are asked for, and a table at the end of a list. On a terminal it shows how far it is.
+/// For people: messages on standard error, and on standard output the logs as they are, where they
+/// are asked for, and a table at the end of a list. On a terminal it shows how far it is.
 class TextOutput : public CheckOutput {
 public:
     /// @param variants how many there are in all

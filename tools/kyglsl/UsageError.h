@@ -6,3 +6,8 @@
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
+
+/// There is no X display.
+struct NoDisplay : UsageError {
+    using UsageError::UsageError;
+};

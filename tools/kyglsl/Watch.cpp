@@ -18,25 +18,25 @@ void endOnSignals() {
 }
 
 // What a check would ask for, and the list.
-std::vector<std::string> filesOf(const WatchOptions& options) {
-    ShaderFiles files(options.check.root);
+std::vector<std::string> filesOf(const CheckOptions& options) {
+    ShaderFiles files(options.root);
     try {
-        for (const Program& program : listedPrograms(options.list, options.check.root))
+        for (const Program& program : listedPrograms(options.list, options.root))
             for (const std::string& name : {program.vertex, program.fragment})
                 files.ask(name);
-    } catch (const UsageError&) {  // the check tells
+    } catch (const UsageError&) {  // the check reports it
     }
     std::vector<std::string> all = files.files();
     all.push_back(options.list);
     return all;
 }
 
-Verdict verdictOf(const WatchOptions& options, std::optional<Driver>& driver) {
+Verdict verdictOf(const CheckOptions& options, std::optional<Driver>& driver) {
     Verdict verdict;
     try {
-        const std::vector<Program> programs = listedPrograms(options.list, options.check.root);
+        const std::vector<Program> programs = listedPrograms(options.list, options.root);
         VerdictOutput output(verdict);
-        Checker(programs, options.check, output).run(driver);
+        Checker(programs, options, output).run(driver);
     } catch (const UsageError& e) {
         verdict.add("kyglsl", kyPrintable(e.what()));
     }
@@ -46,7 +46,7 @@ Verdict verdictOf(const WatchOptions& options, std::optional<Driver>& driver) {
 }  // namespace
 
 // What changes while the driver works waits in the queue of its folder.
-int watch(const WatchOptions& options) {
+int watch(const CheckOptions& options) {
     endOnSignals();
     std::optional<Driver> driver;
     driver.emplace();

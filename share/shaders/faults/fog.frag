@@ -1,0 +1,7 @@
+// The file is called haze.glsl.
+#include "hase.glsl"
+
+void main()
+{
+    gl_FragColor = haze;
+}

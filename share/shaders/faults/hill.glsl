@@ -1,0 +1,2 @@
+#include "valley.glsl"
+const float hill = 1.0;

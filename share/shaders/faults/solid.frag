@@ -1,0 +1,7 @@
+// plain.vert gives it a vec2.
+varying vec3 place;
+
+void main()
+{
+    gl_FragColor = vec4(place, 1.0);
+}

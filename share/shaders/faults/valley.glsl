@@ -1,0 +1,2 @@
+#include "hill.glsl"
+const float valley = 0.0;
