@@ -189,7 +189,7 @@ TEST_F(ContextWatchTest, aContextAtTheAddressOfAnotherIsNoticedInTime) {
     set(3, 30);
     technique.apply(3);
     ++sGeneration;
-    for (int i = 0; i < 300; ++i)
+    for (int i = 0; i < 1002; ++i)
         technique.apply(3);
     EXPECT_EQ(messages.take().size(), 1U);
     ++sGeneration;

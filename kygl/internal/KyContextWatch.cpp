@@ -9,7 +9,6 @@
 #include <sogl/SoGLEW.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <map>
 #include <new>
@@ -51,17 +50,11 @@ using LearnedById = std::map<unsigned int, Learned>;
 
 // A leaf among the locks: nothing that runs while it is held takes another one.
 KyMutex sMutex(false);
-std::atomic<unsigned long> sChanges{1};
 
 // Never destroyed: other threads may still ask while the process ends.
 LearnedById& learned() KY_REQUIRES(sMutex) {
     static auto& all = *new LearnedById;
     return all;
-}
-
-// Changes with whatever may change a verdict.
-unsigned long epoch() {
-    return KyDiagnosis::enables() + sChanges.load(std::memory_order_acquire);
 }
 
 // The last operation of this thread about which there was nothing to say. In the static block of
@@ -70,13 +63,14 @@ unsigned long epoch() {
 // The toolkit takes five times as long to answer as GLX takes for the address of the context. So
 // the address decides, and the toolkit is asked now and then, because a new context may have the
 // address of one that was destroyed.
-constexpr int kQuickVerdicts = 256;
+constexpr int kQuickVerdicts = 1000;
 struct LastGood {
     GLXContext address;
     Identity context;
     unsigned long epoch;  // 0 before the first
     unsigned int id;
-    int left;  // quick verdicts to come
+    int left;            // quick verdicts to come
+    bool hasErrorCheck;  // there is a context, and the topic is wanted
 };
 [[gnu::tls_model("initial-exec")]] thread_local LastGood tLastGood{};
 
@@ -103,13 +97,13 @@ Verdict verdictOn(unsigned int id, const Identity& current) {
 void keep(unsigned int id, const Identity& context) {
     const KyScopedLock hold(sMutex);
     learned()[id] = {context, KyDiagnosis::session()};
-    sChanges.fetch_add(1, std::memory_order_release);
+    KyDiagnosis::invalidate();
 }
 
 void drop(unsigned int id) {
     const KyScopedLock hold(sMutex);
     learned().erase(id);
-    sChanges.fetch_add(1, std::memory_order_release);
+    KyDiagnosis::invalidate();
 }
 
 // ---- texts
@@ -259,6 +253,10 @@ private:
 
 // ---- verdicts
 
+bool wantsErrors(GLXContext current) {
+    return current != nullptr && KyDiagnosis::wants(KyDiagnostics::Error);
+}
+
 bool isStillGood(unsigned int id, const Identity& current, unsigned long now) {
     const LastGood& last = tLastGood;
     return last.epoch == now && last.id == id && last.context == current;
@@ -279,10 +277,12 @@ bool judgeContext(const Operation& operation, unsigned int id, const Identity& c
 // The epoch comes first: what changes from then on makes the verdict out of date.
 void judgeContext(const Operation& operation, unsigned int id, GLXContext address) {
     if (!KyDiagnosis::wants(KyDiagnostics::Context)) return;
-    const unsigned long now = epoch();
+    const unsigned long now = KyDiagnosis::epoch();
     const Identity current = Identity::current();
     if (isStillGood(id, current, now) || judgeContext(operation, id, current))
-        tLastGood = {address, current, now, id, kQuickVerdicts};
+        tLastGood = {address, current, now, id, kQuickVerdicts, wantsErrors(address)};
+    else
+        tLastGood = {};
 }
 
 }  // namespace
@@ -319,7 +319,7 @@ void KyContextWatch::judgeAnew(const Operation& operation, unsigned int id,
         judgeContext(operation, id, address);
     } catch (const std::bad_alloc&) {
     }
-    if (address == nullptr || !KyDiagnosis::wants(KyDiagnostics::Error)) return;
+    if (!wantsErrors(address)) return;
     if (error == kNotAsked) error = glGetError();
     if (error != GL_NO_ERROR) reportErrors(error, operation, id);
 }
@@ -328,8 +328,8 @@ void KyContextWatch::judgeAnew(const Operation& operation, unsigned int id,
 unsigned int KyContextWatch::askQuickly(unsigned int id) noexcept {
     const GLXContext address = glXGetCurrentContext();
     LastGood& last = tLastGood;
-    if (last.address != address || last.id != id || last.epoch != epoch() || --last.left < 0)
+    if (last.address != address || last.id != id || last.epoch != KyDiagnosis::epoch() ||
+        --last.left < 0)
         return kNotAsked;
-    if (address == nullptr || !KyDiagnosis::wants(KyDiagnostics::Error)) return GL_NO_ERROR;
-    return glGetError();
+    return last.hasErrorCheck ? glGetError() : GL_NO_ERROR;
 }

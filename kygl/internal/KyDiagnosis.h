@@ -135,6 +135,9 @@ public:
     /// How many names of one context may wait for deletion.
     static long queueLimit();
 
+    /// Changes with each `enable` and each `invalidate`: a verdict from before may be wrong.
+    static unsigned long epoch() { return sEpoch.load(std::memory_order_acquire); }
+    static void invalidate() { sEpoch.fetch_add(1, std::memory_order_release); }
     /// How often diagnostics were enabled: what was reported before is forgotten.
     static unsigned long enables() { return sEnables.load(std::memory_order_acquire); }
     /// How often they were turned on: what was learned before may be out of date, because they were
@@ -163,6 +166,7 @@ private:
 
     static constexpr unsigned int kBuildObserver = KyDiagnostics::All + 1;
     static inline std::atomic<unsigned int> sTopics{0};  ///< 0 while nobody listens
+    static inline std::atomic<unsigned long> sEpoch{1};
     static inline std::atomic<unsigned long> sEnables{0};
     static inline std::atomic<unsigned long> sSession{0};
 };

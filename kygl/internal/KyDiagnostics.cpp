@@ -177,6 +177,7 @@ void KyDiagnostics::enable(Handler handler, void* user, unsigned int topics) {
     }
     sListener.set({handler != nullptr ? handler : writeToStandardError, user});
     KyDiagnosis::setTopics(topics);
+    KyDiagnosis::invalidate();
 }
 
 // Called by the handler, it removes the listener before the counts are delivered.
