@@ -45,6 +45,7 @@ struct ContextWatchTest : testing::Test {
     ~ContextWatchTest() override {
         KyDiagnostics::disable();
         KyDiagnostics::setQueueLimit(10000);
+        pixels.destroy();
         kyglClearAllContexts();
         RecordedGL::current = 0;
     }
@@ -55,7 +56,7 @@ struct ContextWatchTest : testing::Test {
         makeCurrent(context);
         kyglSetContext(id);
     }
-    // Each operation with an id, once.
+    // Each operation that is given an id, once.
     void useAll(unsigned int id) {
         technique.compile(id);
         technique.apply(id);
