@@ -45,7 +45,7 @@ struct KYGL_API KyShaderBuild {
         /// Where its cause is. None where the driver gives no place or one that is not found, two
         /// for a link: one in each stage.
         const Place* places;
-        long placeCount;
+        long placeCount;   ///< number of places
         const char* line;  ///< all of it, printable: "file:line: severity: text"
     };
 

@@ -138,7 +138,7 @@ TEST_F(ContextWatchTest, aDrainInAnotherContextIsReportedBeforeItDeletes) {
     EXPECT_EQ(before,
               Lines{"context 3: error: deferredDelete(3) runs while the GL context of id 5 is "
                     "current: it deletes objects of that context that have the same names; make "
-                    "the context of id 3 current first."});
+                    "the context of id 3 current first"});
     EXPECT_EQ(Queue::pending(3).total(), 0);
 }
 

@@ -141,7 +141,7 @@ void reportNeverSet(const Operation& operation, unsigned int id) {
     const std::string what = describe(operation, id);
     report(id, Severity::Warning, what,
            what + " uses an id that was never set; call " + call("kyglSetContext", id) +
-               " first, while its GL context is current.");
+               " first, while its GL context is current");
 }
 
 void reportWrongContext(const Operation& operation, unsigned int id, bool isNone,
@@ -151,7 +151,7 @@ void reportWrongContext(const Operation& operation, unsigned int id, bool isNone
         isNone ? " runs while no GL context is current: its GL calls have no effect"
                : " runs while " + contextText(id, verdict) + ": " + operation.effect;
     report(id, Severity::Error, what + '|' + (isNone ? "none" : std::to_string(verdict.other)),
-           what + fault + "; make the context of " + idText(id) + " current first.");
+           what + fault + "; make the context of " + idText(id) + " current first");
 }
 
 void reportSetWithoutContext(unsigned int id) {
@@ -159,7 +159,7 @@ void reportSetWithoutContext(unsigned int id) {
     report(id, Severity::Warning, what,
            what +
                " registers the id while no GL context is current, so it can do nothing; make its "
-               "context current first, or call kyglInitContext() once it is.");
+               "context current first, or call kyglInitContext() once it is");
 }
 
 void reportSetForAnother(unsigned int id, const Verdict& former) {
@@ -167,9 +167,10 @@ void reportSetForAnother(unsigned int id, const Verdict& former) {
     report(id, Severity::Warning, what + '|' + std::to_string(former.other),
            what + " runs while " + contextText(id, former) +
                ": what was built for the former context of this id is taken for objects of this "
-               "one; make the context of the id current before the call, or call " +
-               call("kyglClearContext", id) + " and " + call("KyDeferredDeleteMap::discard", id) +
-               " where it is gone.");
+               "one; make the context of the id current before the call, or, where it is gone, "
+               "destroy what was built for it and call " +
+               call("KyDeferredDeleteMap::discard", id) + " and " + call("kyglClearContext", id) +
+               " first");
 }
 
 void reportNamesThatWait(unsigned int id, const std::string& operation,
@@ -180,7 +181,7 @@ void reportNamesThatWait(unsigned int id, const std::string& operation,
                "): another GL context under this id would lose objects of the same names; call " +
                call("KyDeferredDeleteMap::deferredDelete", id) +
                " while its context is current, or " + call("discard", id) +
-               " where that is gone, before the id is set again.");
+               " where that is gone, before the id is set again");
 }
 
 // ---- GL errors
@@ -245,8 +246,8 @@ private:
         const std::string what = describe(operation, id);
         const std::string text =
             errors.text() + " pending when " + what +
-            " began: an earlier GL call of the application has failed. The error is taken away "
-            "here; call glGetError after the application's own calls to find the one.";
+            " began, so an earlier GL call of the application has failed; the error is taken away "
+            "here: call glGetError after the application's own calls to find which";
         return {"error|" + what + '|' + errors.text(), {{Severity::Error, text}}, id};
     });
 }

@@ -17,7 +17,7 @@ void report(unsigned int context, const Pending& pending) {
             kyglPendingText(pending) +
             ") and nobody deletes them; call KyDeferredDeleteMap::deferredDelete(" + id +
             ") regularly while its GL context is current, or discard(" + id +
-            ") where that context is gone.";
+            ") where that context is gone";
         return {
             KyQueueWatch::subject(context), {{KyDiagnostics::Severity::Warning, text}}, context};
     });

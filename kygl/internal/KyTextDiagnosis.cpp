@@ -144,7 +144,7 @@ KyFinding::Message KyTextDiagnosis::fontMessage() const {
         "then KyGLText::cleanUp and setFont: without cleanUp it is not asked "
         "for again";
     if (mDisplay == nullptr)
-        return {Severity::Error, font +
+        return {Severity::Error, font + (ofDefault.empty() ? "" : ",") +
                                      " was asked for without an X display: text in it draws "
                                      "nothing and measures 0; call KyGLText::setDisplay, or "
                                      "make a GLX context current, " +

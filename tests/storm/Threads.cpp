@@ -5,6 +5,7 @@
 #include "Rounds.h"
 
 #include <kygl/KyDeferredDeleteMap.h>
+#include <kygl/KyDiagnostics.h>
 #include <kygl/kygl.h>
 #include <kygl/KyGLText.h>
 
@@ -20,7 +21,7 @@ constexpr unsigned int kThreads = 64, kContexts = 1000;
 
 // A name tells its context. What a thread does here is seen by no other.
 std::array<std::atomic<long>, kContexts + 1> sPushed, sDeleted;
-std::atomic<long> sWrong;
+std::atomic<long> sWrong, sMessages;
 
 void countDeleted(GLuint name) {
     const unsigned int context = name % (kContexts + 1);
@@ -74,10 +75,22 @@ void push(std::mt19937& random) {
     kPushes[any(random, 4)](name, context);
 }
 
+// Diagnostics come and go while others report.
+void turnOnOrOff(std::mt19937& random) {
+    const unsigned int choice = any(random, 16);
+    if (choice == 0)
+        KyDiagnostics::enable([](const KyDiagnostics::Message& message, void*) {
+            KyDeferredDeleteMap::pending(message.context);
+            sMessages.fetch_add(1, std::memory_order_relaxed);
+        });
+    if (choice == 1) KyDiagnostics::disable();
+}
+
 // The thread's own contexts are its number and every 64th from there on. @return what went wrong
 long visit(unsigned int context, std::mt19937& random) {
     long wrong = 0;
     const auto expect = [&](bool good) { wrong += good ? 0 : 1; };
+    turnOnOrOff(random);
     RecordedGL::current = context;
     kyglSetContext(context);
     expect(kyglGetContext() == context);
@@ -124,7 +137,9 @@ TEST(StormThreads, sixtyFourThreadsOverAThousandContexts) {
         }
         RecordedGL::current = 0;
     }
+    KyDiagnostics::disable();
     KyGLText::setDisplay(nullptr);
     EXPECT_EQ(sWrong, 0);
+    EXPECT_GT(sMessages, 0);
     std::printf("places tried: %ld, faults found: %ld\n", visits, sWrong.load());
 }

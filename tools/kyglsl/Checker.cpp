@@ -4,6 +4,7 @@
 
 #include <KyDriverLog.h>
 #include <KyRepeatedIncludes.h>
+#include <KyShaderDeclarations.h>
 
 #include <algorithm>
 
@@ -48,6 +49,7 @@ void addLink(VariantReport& report, const Driver::Step& step, const KyShaderOrig
         files.push_back({file->path()});
     }
     std::vector<KyShaderMessage> messages = kyReadLinkLog(step.log, files, places[0], places[1]);
+    kyPlaceDeclarations(messages, vertex, fragment);
     const auto isWarning = [](const KyShaderMessage& message) {
         return message.severity == KyShaderMessage::Severity::Warning;
     };

@@ -28,7 +28,10 @@ const KyShaderOrigins& ShaderFiles::get(const std::string& name) {
     if (!file.failedFile().empty())
         throw UsageError(file.failedFile() + ": an input error, or no file descriptor is left");
     if (file.outcome() == KyShaderRead::TooMuch) throw UsageError(file.path() + ": is too large");
-    if (file.outcome() != KyShaderRead::Done) throw UsageError(file.path() + ": cannot be read");
+    if (file.outcome() != KyShaderRead::Done)
+        for (const KyShaderMessage& message : file.messages(false))
+            if (message.topic == KyShaderMessage::Topic::File)
+                throw UsageError(file.path() + ": " + message.text);
     return file;
 }
 
