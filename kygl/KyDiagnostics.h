@@ -21,9 +21,10 @@
 /// Off, as at the start, the library makes the GL calls and the allocations that it makes without
 /// this class. On, each operation with an id asks GLX which context is current, and with the topic
 /// `Error` it reads `glGetError` before its own first call: an error that was pending is reported
-/// and gone. Where nothing is wrong a steady `apply` still allocates nothing and takes no lock of
-/// the library. Any thread may call anything here. A message for which there is no memory is lost;
-/// nothing else changes then.
+/// and gone. Once for each program it asks for the uniforms that the program has, and for each
+/// build that succeeds for its log. Where nothing is wrong a steady `apply` still allocates nothing
+/// and takes no lock of the library. Any thread may call anything here. A message for which there
+/// is no memory is lost; nothing else changes then.
 class KYGL_API KyDiagnostics {
 public:
     /// How bad it is.
