@@ -156,7 +156,6 @@ protected:
     unsigned int mGLContext = 0;                ///< of the last compile that had to look
 
 private:
-    friend class KyShaderTechnique;
     friend class KyShaderProgram;
     friend class KyShaderTechnique;
 
