@@ -71,7 +71,7 @@ public:
     ///@}
 
     /// Forgets every queued name of `context` and makes no GL call. For a context that was
-    /// destroyed, before its id is given to another one and behind the last object that used it.
+    /// destroyed, before its id is given to another one and after the last object that used it.
     /// @return number of names forgotten
     static long discard(unsigned int context);
 

@@ -87,7 +87,7 @@ public:
 
     /// The macro set. Changing it makes the shader stale; what was built stays until the next
     /// `compile`. A change that leaves the set as it was leaves the shader as it was, and the push
-    /// and the removal of a macro tell of it with false.
+    /// and the removal of a macro return false.
     ///@{
     void setParameters(const KyShaderParametersMacros& macros);
     bool hasParameters(const KyShaderParametersMacros& macros) const;
@@ -156,7 +156,6 @@ protected:
     unsigned int mGLContext = 0;                ///< of the last compile that had to look
 
 private:
-    friend class KyShaderTechnique;
     friend class KyShaderProgram;
     friend class KyShaderTechnique;
 

@@ -50,7 +50,7 @@ public:
     void deleteProgram();
 
     /// Adds one macro to one shader or to both, fragment shader first.
-    /// @return whether that shader's set changed; `pushMacro` tells it of the vertex shader alone
+    /// @return whether that shader's set changed; `pushMacro` returns it of the vertex shader alone
     ///@{
     bool pushVertexMacro(const KyString& macro);
     bool pushFragmentMacro(const KyString& macro);
@@ -58,7 +58,7 @@ public:
     ///@}
 
     /// Removes one macro from one shader or from both, fragment shader first.
-    /// @return whether that shader's set changed; `removeMacro` tells it of the vertex shader alone
+    /// @return whether that shader's set changed; `removeMacro` returns it of the vertex one alone
     ///@{
     bool removeVertexMacro(const KyString& macro);
     bool removeFragmentMacro(const KyString& macro);
@@ -136,15 +136,15 @@ public:
     /// matters.
     void apply(unsigned int context);
 
-    /// Whether the GL knows the program, by `glIsProgram` and an error check. It does not tell that
-    /// the program is in use.
+    /// Whether the GL knows the program, by `glIsProgram` and an error check. True does not mean
+    /// that the program is in use.
     bool isApplied();
 
     /// Puts no program in use, whatever the state of this object.
     void unUse();
 
     /// Adds the macro "ENABLE_CLIPVERTEX", which a shader file that can clip tests for, unless the
-    /// variable NO_CLIP_PLANE stands in the environment. Hand the set to `setParameter` or one of
+    /// variable NO_CLIP_PLANE is set in the environment. Hand the set to `setParameter` or one of
     /// its siblings.
     static void enableClipPlane(KyShaderParametersMacros& macros);
 

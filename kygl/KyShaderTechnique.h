@@ -67,8 +67,8 @@ public:
     /// Puts no program in use: `glUseProgram` and an error check.
     void unUse();
 
-    /// Whether the GL knows the program's name, by `glIsProgram` and an error check. It does not
-    /// tell that the program is in use.
+    /// Whether the GL knows the program's name, by `glIsProgram` and an error check. True does not
+    /// mean that the program is in use.
     bool isApplied();
 
     /// Sends one uniform at once to the program, which must be in use. GL calls: those of
@@ -107,7 +107,7 @@ public:
         KYGL_LOCAL void append(KyShaderTechnique* technique, unsigned int vertexId,
                                unsigned int fragmentId);
 
-        // Index i of all three is one entry. The GL names of its shaders stand for their macro
+        // Index i of all three is one entry. The GL names of its shaders identify their macro
         // sets: a shader has one name for each set and context.
         KyDArray<KyShaderTechnique*> mTechniques;
         KyDArray<unsigned int> mVertexIds;

@@ -8,7 +8,7 @@ extern "C" {
 /// first of which is `|version_tag|\`. Empty where no tool has filled the record after linking. The
 /// text is constant and lasts as long as the library is loaded; any thread may call.
 ///
-/// The record stands in the library's file between two markers. `kyrecord show` prints it from
+/// The record is in the library's file between two markers. `kyrecord show` prints it from
 /// there, without loading the library.
 KYGL_API const char* belmorapackage_kygl();
 

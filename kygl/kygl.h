@@ -62,7 +62,7 @@ KYGL_API void kyglClearContext(unsigned int id);
 /// have a current context.
 KYGL_API void kyglClearAllContexts();
 
-/// Whether the context can do vertex buffer objects, from its captured flags: one hash look-up
+/// Whether the context can do vertex buffer objects, from its captured flags: one hash lookup
 /// under the registry's lock and no GL call. False for an id that was never set; such a question
 /// makes the id known without a record until `kyglSetContext` or `kyglClearContext`, and the
 /// all-contexts questions are false that long.

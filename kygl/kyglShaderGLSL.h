@@ -14,7 +14,7 @@
 ///
 /// Every name that is written to an output belongs to the caller; nothing is ever deleted here.
 /// The shader object of a failed compile stays in the GL, and its name is not handed out. A GL
-/// error at a step ends the function with that error as result; `kyglErrorCheck` tells its form.
+/// error at a step ends the function with that error as result; `kyglErrorCheck` states its form.
 
 /// Whether the current context can run GLSL, from the toolkit's flags: no GL call once the toolkit
 /// knows the context. False without a current context.
@@ -59,9 +59,10 @@ KYGL_API KyResult kyglShaderGLSLLinkProgram2(unsigned int inProgram);
 ///@}
 
 /// Fetches a program's log. Errors that were pending are notified and cleared first.
-/// @param outLog replaced by the log, of whatever length. The array has the size that the GL tells
-///     and one byte more, so `length` may count a NUL that the GL told: read it by `dataPtr`
-/// @return the outcome of the fetch
+/// @param outLog replaced by the log, of whatever length. The array has the size that the GL
+///     reports and one byte more, so `length` may count a NUL that the GL counted: read it by
+///     `dataPtr`
+/// @return the result of the fetch
 ///@{
 KYGL_API KyResult kyglShaderGLSLGetProgramsInfoLog(unsigned int inProgram, KyString& outLog);
 KYGL_API KyResult kyglShaderGLSLGetProgramsInfoLog2(unsigned int inProgram, KyString& outLog);

@@ -148,6 +148,36 @@ TEST_F(ShaderBuildTest, diagnosticsNameFilesOnceAndCountBuildsThatFailAgain) {
     EXPECT_EQ(has("bad (context 1; macros: A) (10 times)"), 2);
 }
 
+TEST_F(ShaderBuildTest, aFailureWithoutALogIsReportedBesideAFileThatIsMissing) {
+    KyFragmentShader shader("none", tree.folder, false);
+    Messages messages(KyDiagnostics::Build | KyDiagnostics::File);
+    for (const GLenum error : {GL_INVALID_VALUE, GL_INVALID_VALUE, GL_INVALID_OPERATION}) {
+        gl.failNext("glCompileShaderARB", error);
+        EXPECT_EQ(shader.compile(1), 0U);
+    }
+    const Lines lines = shortened(messages.take());
+    ASSERT_EQ(lines.size(), 4U) << "of the file, two errors and a count";
+    EXPECT_EQ(lines[0].find("none: error: cannot be read"), 0U);
+    EXPECT_EQ(lines[1].find("context 1: none: error: does not compile: "), 0U);
+    EXPECT_NE(lines[2].find("(2 times)"), std::string::npos);
+    EXPECT_NE(lines[3].find("code=1282"), std::string::npos);
+}
+
+TEST_F(ShaderBuildTest, uniformsAreNotJudgedWhileTheProgramIsStale) {
+    KyVertexShader vertex("v", tree.folder, true);
+    KyFragmentShader fragment("f", tree.folder, true);
+    KyShaderTechnique technique(&vertex, &fragment);
+    ASSERT_TRUE(technique.compile(1));
+    KyShaderUniform* const uniform = technique.uniforms().setUniform("x", 1);
+    Messages messages(KyDiagnostics::Uniform);
+    technique.setVertexShader(nullptr);
+    EXPECT_TRUE(technique.applyUniform(uniform));
+    EXPECT_EQ(messages.take(), Lines());
+    technique.setVertexShader(&vertex);
+    technique.apply(1);
+    EXPECT_EQ(messages.take().size(), 1U);
+}
+
 TEST_F(ShaderBuildTest, aUniformThatDoesNotFitIsNamedOnceWithItsDeclaration) {
     gl.uniforms = {{"height", GL_FLOAT}, {"n", GL_INT}, {"s[0]", GL_SAMPLER_2D}, {"b", GL_BOOL}};
     program.setUniform("heigth", 1.0F);

@@ -145,14 +145,14 @@ constexpr Fault kFaults[] = {
     {"float-for-int", "a float for a uniform that is an int, in each of 100 frames", floatForInt},
     {"mistyped-name", "a uniform by a wrong name, in each of 100 frames", mistypedName},
     {"varyings", "a varying with two types", varyings},
-    {"late-version", "a #version behind the macros of the program", lateVersion},
+    {"late-version", "a #version after the macros of the program", lateVersion},
     {"id-never-set", "a context id that kyglSetContext never got", idNeverSet},
     {"nobody-drains", "20,000 textures let go of, and no drain", nobodyDrains},
     {"wrong-drain", "a drain while another GL context is current", wrongDrain},
     {"missing-font", "a font that the X server does not have", missingFont},
     {"stale-error", "a GL error that was left unchecked before a build", staleError},
-    {"wrong-folder", "a shader folder that is another one", wrongFolder},
-    {"id-used-again", "the id of a GL context for another one", idUsedAgain},
+    {"wrong-folder", "the wrong shader folder", wrongFolder},
+    {"id-used-again", "the id of one GL context set for another", idUsedAgain},
 };
 
 // ---- one after the other

@@ -70,7 +70,7 @@ long forget(List& list, unsigned int context) {
 }
 
 // The names of a context are about to go.
-void reportsEnd(unsigned int context) {
+void endReports(unsigned int context) {
     KyDiagnosis::ended(KyDiagnostics::Queue, [=] { return KyQueueWatch::subject(context); });
 }
 
@@ -161,7 +161,7 @@ void KyDeferredDeleteMap::callDeferredDelete(unsigned int context) {
         KyContextWatch::judgeAnew(
             {"deferredDelete", "it deletes objects of that context that have the same names"},
             context);
-        reportsEnd(context);
+        endReports(context);
     }
     const KyScopedLock hold(mMutex);
     if (mWatch != nullptr) mWatch->emptied(context);
@@ -188,7 +188,7 @@ KyDeferredDeleteMap::Pending KyDeferredDeleteMap::countPending() {
 }
 
 long KyDeferredDeleteMap::callDiscard(unsigned int context) {
-    if (KyDiagnosis::isOn()) reportsEnd(context);
+    if (KyDiagnosis::isOn()) endReports(context);
     const KyScopedLock hold(mMutex);
     if (mWatch != nullptr) mWatch->emptied(context);
     return forget(mShaderHandles, context) + forget(mProgramHandles, context) +

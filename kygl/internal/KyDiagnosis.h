@@ -30,8 +30,8 @@ struct KyFinding {
     std::string subject;
     std::vector<Message> messages;
     unsigned int context = kNoContext;
-    /// What tells it from another finding about the subject, where that is not the messages: they
-    /// may hold numbers that grow.
+    /// What distinguishes it from another finding about the subject, where that is not the
+    /// messages: they may hold numbers that grow.
     std::string content = {};
 
     bool isSame(const KyFinding& other) const {

@@ -76,14 +76,20 @@ void addFindings(KyShaderBuildRecord& record, const KyShaderBuildStage& stage,
     }
 }
 
-// A failure that the driver gives no place for still names the files.
+// A failure that the driver gives no place for still names the files, and so does one of which it
+// says nothing.
 void addFailure(KyShaderBuildRecord& record, const std::vector<KyShaderPlace>& whole,
                 const char* what) {
     const auto isPlaced = [](const KyShaderMessage& message) {
         return message.severity == Severity::Error && !message.places.empty();
     };
+    const auto isOfBuild = [](const KyShaderMessage& message) {
+        return kyTopicOf(message) == KyDiagnostics::Build;
+    };
     const auto& known = record.messages;
-    if (record.result.ok() || std::any_of(known.begin(), known.end(), isPlaced)) return;
+    const bool isSaid = std::any_of(known.begin(), known.end(), isPlaced) &&
+                        std::any_of(known.begin(), known.end(), isOfBuild);
+    if (record.result.ok() || isSaid) return;
     const bool hasLog = record.result.message()[0] != '\0';
     record.messages.push_back(
         {whole, Severity::Error, what + (hasLog ? "" : ": " + std::string(record.result.text()))});
