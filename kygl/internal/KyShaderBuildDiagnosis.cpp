@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <new>
 
 namespace {
 
@@ -93,14 +94,19 @@ public:
     }
 
 private:
+    using Counts = std::map<std::string, Count>;
+
     static constexpr std::size_t kMost = 1024;
     static std::mutex sMutex;
-    static std::map<std::string, Count>& sCounts;
+    alignas(Counts) static unsigned char sPlaceOfCounts[sizeof(Counts)];
+    static Counts& sCounts;
 };
 
 std::mutex Failures::sMutex;
-// Never destroyed: threads may still build while the process ends.
-std::map<std::string, Failures::Count>& Failures::sCounts = *new std::map<std::string, Count>;
+// Never destroyed: threads may still build while the process ends. Takes no memory while
+// diagnostics are off.
+alignas(Failures::Counts) unsigned char Failures::sPlaceOfCounts[sizeof(Counts)];
+Failures::Counts& Failures::sCounts = *new (sPlaceOfCounts) Counts;
 
 bool isPowerOfTen(long number) {
     while (number >= 10 && number % 10 == 0)
