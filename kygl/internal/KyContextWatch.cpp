@@ -329,8 +329,9 @@ void KyContextWatch::judgeAnew(const Operation& operation, unsigned int id,
 unsigned int KyContextWatch::askQuickly(unsigned int id) noexcept {
     const GLXContext address = glXGetCurrentContext();
     LastGood& last = tLastGood;
-    if (last.address != address || last.id != id || last.epoch != epoch() || --last.left < 0)
+    if (last.address != address || last.id != id || last.epoch != epoch() || last.left == 0)
         return kNotAsked;
+    --last.left;
     if (address == nullptr || !KyDiagnosis::wants(KyDiagnostics::Error)) return GL_NO_ERROR;
     return glGetError();
 }
