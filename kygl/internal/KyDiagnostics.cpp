@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <optional>
 #include <utility>
@@ -192,5 +193,6 @@ void KyDiagnostics::disable() {
 }
 
 void KyDiagnostics::setQueueLimit(long names) {
-    sQueueLimit.store(std::max(names, 1L));
+    constexpr long kMost = std::numeric_limits<long>::max() / 2;  // there is room to add to it
+    sQueueLimit.store(std::clamp(names, 1L, kMost));
 }
