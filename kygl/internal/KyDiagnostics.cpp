@@ -105,8 +105,11 @@ private:
 
 KyMutex KyDiagnosis::Subjects::mutex(false);
 
-// What cannot be kept is lost as a whole: the entries are made before anything is remembered.
+// What cannot be kept is lost as a whole: the entries are made before anything is remembered. A
+// text is one line, whatever the names in it hold.
 void KyDiagnosis::add(KyDiagnostics::Topic topic, KyFinding&& found) {
+    for (KyFinding::Message& message : found.messages)
+        message.text = kyPrintable(message.text);
     const Postponed delivery;
     const KyScopedLock hold(Subjects::mutex);
     Subjects& subjects = Subjects::instance();
