@@ -104,11 +104,17 @@ KyString KyShader::load(bool keepsOrigins) {
     return shaderText(mParameters, read.text);
 }
 
+// The origins take more memory than the text. Without it the build goes on as if nobody asked.
 KyShaderExpansion KyShader::readFile(bool keepsOrigins) const {
     const KyString path = shaderPath(mFolderPath, mFolderName, mFileName);
-    if (!keepsOrigins) return loadShader(path.dataPtr());
-    const KyShaderKnownOrigins origins(KyShaderKnownOrigins::fullPath(path));
-    return {origins.get()->source(), origins.get()->isComplete()};
+    if (keepsOrigins) {
+        try {
+            const KyShaderKnownOrigins origins(KyShaderKnownOrigins::fullPath(path));
+            return {origins.get()->source(), origins.get()->isComplete()};
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    return loadShader(path.dataPtr());
 }
 
 // What a build that is done has to say of this stage.

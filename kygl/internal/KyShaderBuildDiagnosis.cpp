@@ -59,6 +59,8 @@ void diagnoseFiles(const KyShaderBuildRecord& record) {
     const KyShaderBuildStage& stage = record.hasVertex ? record.vertex : record.fragment;
     for (const Topic topic :
          {KyDiagnostics::File, KyDiagnostics::Include, KyDiagnostics::Version}) {
+        // Without macros nothing is wrong with it, and all is as it was with them.
+        if (topic == KyDiagnostics::Version && stage.macroLines.length() == 0) continue;
         KyFinding found{std::to_string(topic) + "|" + stage.path.dataPtr(), {}};
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != topic) continue;
