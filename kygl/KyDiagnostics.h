@@ -81,8 +81,8 @@ public:
     static void enable(Handler handler = nullptr, void* user = nullptr, unsigned int topics = All);
 
     /// Reports the counts and turns diagnostics off. It waits for the handler where another thread
-    /// is in it: after it returns the handler does not run any more. Called by the handler, it
-    /// neither waits nor reports counts.
+    /// is in it: after it returns the handler does not run any more. Called by the handler or
+    /// by an observer of builds, it does not wait; called by the handler, it reports no counts.
     static void disable();
 
     /// Sets how many names of one context may wait in `KyDeferredDeleteMap` before that is

@@ -79,7 +79,7 @@ struct KYGL_API KyShaderBuild {
     /// not reported.
     ///
     /// Any thread may call. After it returns the former observer does not run any more, except
-    /// where an observer itself calls this.
+    /// where an observer itself or the handler of `KyDiagnostics` calls this.
     /// @param user handed to the observer
     static void setObserver(Observer observer, void* user = nullptr);
 };

@@ -1,7 +1,9 @@
 #include "support/Allocations.h"
 #include "support/Messages.h"
+#include "support/Together.h"
 
 #include <KyDiagnosis.h>
+#include <KyListener.h>
 
 #include <gtest/gtest.h>
 
@@ -143,6 +145,21 @@ TEST(Diagnostics, disableWaitsForAHandlerOnAnotherThreadAndNotForItself) {
     KyDiagnostics::disable();
     EXPECT_TRUE(hasLeft);
     other.join();
+}
+
+TEST(Diagnostics, twoListenersThatRemoveEachOtherDoNotWait) {
+    static KyListener<void (*)(void*)> listeners[2];
+    static std::atomic<int> inside{0};
+    runTogether(2, [](unsigned int i) {
+        const auto removeOther = [](void* other) {
+            for (++inside; inside < 2;)
+                std::this_thread::yield();
+            static_cast<KyListener<void (*)(void*)>*>(other)->set({});
+        };
+        listeners[i].set({removeOther, &listeners[1 - i]});
+        listeners[i].call();
+    });
+    EXPECT_FALSE(listeners[0].isSet() || listeners[1].isSet());
 }
 
 TEST(Diagnostics, withoutAHandlerALineGoesToStandardError) {

@@ -209,3 +209,54 @@ TEST_F(ShaderBuildTest, aUniformThatDoesNotFitIsNamedOnceWithItsDeclaration) {
               "context 1: v:2: note: uniform 'n' is declared here, but the program does not use "
               "it: what is set for it goes nowhere (context 1; macros: A)");
 }
+
+TEST_F(ShaderBuildTest, aStageWithoutFileAndLogIsAFailureOfItsOwn) {
+    std::filesystem::remove(tree.path("f"));
+    gl.compileStatus.always = 0;
+    KyFragmentShader fragment("f", tree.folder, false);
+    Messages messages(KyDiagnostics::Build);
+    fragment.compile(1), fragment.compile(1);
+    const std::string text =
+        ": does not compile; the shader is empty, because its file cannot be read (context 1)";
+    EXPECT_EQ(shortened(messages.end()),
+              (Lines{"context 1: f: error" + text, "context 1: f: note" + text + " (2 times)"}));
+}
+
+TEST_F(ShaderBuildTest, macrosThatComeAndGoEachFrameMakeOneMessageOfAVersion) {
+    tree.write("f", "//\n#version 110\nvoid main() {}\n");
+    KyFragmentShader fragment("f", tree.folder, false);
+    Messages messages(KyDiagnostics::Version);
+    for (int i = 0; i < 3; ++i) {
+        fragment.pushParameter("A"), fragment.compile(1);
+        fragment.removeParameter("A"), fragment.compile(1);
+    }
+    EXPECT_EQ(messages.take().size(), 1U);
+}
+
+TEST_F(ShaderBuildTest, uniformsAreNotComparedForShadersThatAreGone) {
+    KyVertexShader vertex("v", tree.folder, false);
+    KyFragmentShader fragment("f", tree.folder, false);
+    KyShaderTechnique technique(&vertex, &fragment);
+    technique.uniforms().setUniform("x", 1);
+    technique.apply(1);
+    technique.setVertexShader(nullptr);
+    Messages messages(KyDiagnostics::Uniform);
+    EXPECT_TRUE(technique.applyUniform(technique.uniforms().getUniform("x")));
+    EXPECT_EQ(messages.take(), Lines());
+}
+
+TEST_F(ShaderBuildTest, aBuildNeedsNoMoreMemoryBecauseSomebodyListens) {
+    const auto countFailures = [this] {
+        long thrown = 0;
+        for (long nth = 1, failed = -1; failed != Allocations::failed; ++nth) {
+            failed = Allocations::failed;
+            KyFragmentShader fragment("f", tree.folder, false);
+            thrown += Allocations::stop(nth, false, [&] { fragment.compile(1); }) ? 1 : 0;
+        }
+        return thrown;
+    };
+    const long silent = countFailures();
+    const Messages messages;
+    KyShaderBuild::setObserver([](const KyShaderBuild&, void*) {});
+    EXPECT_LE(countFailures(), silent);
+}

@@ -330,7 +330,8 @@ unsigned int KyContextWatch::askQuickly(unsigned int id) noexcept {
     const GLXContext address = glXGetCurrentContext();
     LastGood& last = tLastGood;
     if (last.address != address || last.id != id || last.epoch != KyDiagnosis::epoch() ||
-        --last.left < 0)
+        last.left == 0)
         return kNotAsked;
+    --last.left;
     return last.hasErrorCheck ? glGetError() : GL_NO_ERROR;
 }

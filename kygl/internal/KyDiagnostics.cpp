@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <optional>
 #include <utility>
@@ -104,8 +105,11 @@ private:
 
 KyMutex KyDiagnosis::Subjects::mutex(false);
 
-// What cannot be kept is lost as a whole: the entries are made before anything is remembered.
+// What cannot be kept is lost as a whole: the entries are made before anything is remembered. A
+// text is one line, whatever the names in it hold.
 void KyDiagnosis::add(KyDiagnostics::Topic topic, KyFinding&& found) {
+    for (KyFinding::Message& message : found.messages)
+        message.text = kyPrintable(message.text);
     const Postponed delivery;
     const KyScopedLock hold(Subjects::mutex);
     Subjects& subjects = Subjects::instance();
@@ -193,5 +197,6 @@ void KyDiagnostics::disable() {
 }
 
 void KyDiagnostics::setQueueLimit(long names) {
-    sQueueLimit.store(std::max(names, 1L));
+    constexpr long kMost = std::numeric_limits<long>::max() / 2;  // there is room to add to it
+    sQueueLimit.store(std::clamp(names, 1L, kMost));
 }

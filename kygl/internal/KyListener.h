@@ -3,8 +3,13 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 #include <utility>
+
+/// How many calls of listeners, whichever they are, a thread is in.
+struct KyListenerCalls {
+    // In the static block of the thread, where its first use takes no memory.
+    [[gnu::tls_model("initial-exec")]] static inline thread_local int here = 0;
+};
 
 /// A function that is called with the pointer it was set with. Any thread sets it while others call
 /// it.
@@ -27,15 +32,16 @@ public:
     bool isSet() const { return mIsSet.load(std::memory_order_relaxed); }
 
     /// Replaces the target and waits for the calls of former ones that other threads are in: they
-    /// do not run any more after it returns. It does not wait on a thread that is in such a call
-    /// itself, because two of those would wait for each other.
+    /// do not run any more after it returns. It does not wait on a thread that is in a call of this
+    /// or another listener itself, because two of those would wait for each other.
     /// @return the former target
     Target set(const Target& target) {
         std::unique_lock<std::mutex> hold(mMutex);
         const Target former = std::exchange(mTarget, target);
         mIsSet.store(target.function != nullptr, std::memory_order_relaxed);
         const unsigned long generation = ++mGeneration;
-        if (!isCallingHere()) mEnded.wait(hold, [=] { return !isCallingBefore(generation); });
+        if (KyListenerCalls::here == 0)
+            mEnded.wait(hold, [=] { return !isCallingBefore(generation); });
         return former;
     }
 
@@ -60,7 +66,6 @@ private:
         KyListener& listener;
         Target target;
         unsigned long generation = 0;
-        std::thread::id thread = std::this_thread::get_id();
         Call* next = nullptr;
     };
 
@@ -69,6 +74,7 @@ private:
         call.target = mTarget;
         call.generation = mGeneration;
         call.next = std::exchange(mCalls, &call);
+        ++KyListenerCalls::here;
     }
     void leave(const Call& call) {
         const std::lock_guard<std::mutex> hold(mMutex);
@@ -76,14 +82,10 @@ private:
         while (*at != &call)
             at = &(*at)->next;
         *at = call.next;
+        --KyListenerCalls::here;
         mEnded.notify_all();
     }
 
-    bool isCallingHere() const {
-        for (const Call* call = mCalls; call != nullptr; call = call->next)
-            if (call->thread == std::this_thread::get_id()) return true;
-        return false;
-    }
     bool isCallingBefore(unsigned long generation) const {
         for (const Call* call = mCalls; call != nullptr; call = call->next)
             if (call->generation < generation) return true;

@@ -28,12 +28,13 @@ std::string kyPrintable(const std::string& text) {
         const bool isControl = (byte < 0x20 && byte != '\t') || byte == 0x7F ||
                                (byte == 0xC2 && static_cast<unsigned char>(text[i + 1]) < 0xA0);
         for (const std::size_t end = i + std::max<std::size_t>(length, 1); i < end; ++i) {
+            if (length > 0 && !isControl) {
+                out += text[i];
+                continue;
+            }
             char escape[8];
             std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned char>(text[i]));
-            if (length == 0 || isControl)
-                out += escape;
-            else
-                out += text[i];
+            out += escape;
         }
     }
     return out;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <new>
 
 namespace {
 
@@ -58,6 +59,8 @@ void diagnoseFiles(const KyShaderBuildRecord& record) {
     const KyShaderBuildStage& stage = record.hasVertex ? record.vertex : record.fragment;
     for (const Topic topic :
          {KyDiagnostics::File, KyDiagnostics::Include, KyDiagnostics::Version}) {
+        // Without macros nothing is wrong with it, and all is as it was with them.
+        if (topic == KyDiagnostics::Version && stage.macroLines.length() == 0) continue;
         KyFinding found{std::to_string(topic) + "|" + stage.path.dataPtr(), {}};
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != topic) continue;
@@ -93,14 +96,19 @@ public:
     }
 
 private:
+    using Counts = std::map<std::string, Count>;
+
     static constexpr std::size_t kMost = 1024;
     static std::mutex sMutex;
-    static std::map<std::string, Count>& sCounts;
+    alignas(Counts) static unsigned char sPlaceOfCounts[sizeof(Counts)];
+    static Counts& sCounts;
 };
 
 std::mutex Failures::sMutex;
-// Never destroyed: threads may still build while the process ends.
-std::map<std::string, Failures::Count>& Failures::sCounts = *new std::map<std::string, Count>;
+// Never destroyed: threads may still build while the process ends. Takes no memory while
+// diagnostics are off.
+alignas(Failures::Counts) unsigned char Failures::sPlaceOfCounts[sizeof(Counts)];
+Failures::Counts& Failures::sCounts = *new (sPlaceOfCounts) Counts;
 
 bool isPowerOfTen(long number) {
     while (number >= 10 && number % 10 == 0)

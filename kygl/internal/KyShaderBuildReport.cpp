@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
+#include <utility>
 
 namespace {
 
@@ -60,9 +62,9 @@ void add(KyShaderBuildRecord& record, std::vector<KyShaderMessage>&& log) {
 
 void addFiles(KyShaderBuildRecord& record, const KyShaderOrigins* origins) {
     if (origins == nullptr) return;
-    for (const std::string& file : origins->files())
-        if (std::find(record.files.begin(), record.files.end(), file) == record.files.end())
-            record.files.push_back(file);
+    std::set<std::string> known(record.files.begin(), record.files.end());
+    for (std::string& file : origins->files())
+        if (known.insert(file).second) record.files.push_back(std::move(file));
 }
 
 // What surprises in a file, but builds as it is meant, is for who checks files.
@@ -76,20 +78,16 @@ void addFindings(KyShaderBuildRecord& record, const KyShaderBuildStage& stage,
     }
 }
 
-// A failure that the driver gives no place for still names the files, and so does one of which it
-// says nothing.
+// A failure that the driver gives no place for still names the files, also where one of them gives
+// another error.
 void addFailure(KyShaderBuildRecord& record, const std::vector<KyShaderPlace>& whole,
                 const char* what) {
     const auto isPlaced = [](const KyShaderMessage& message) {
-        return message.severity == Severity::Error && !message.places.empty();
-    };
-    const auto isOfBuild = [](const KyShaderMessage& message) {
-        return kyTopicOf(message) == KyDiagnostics::Build;
+        return message.topic == KyShaderMessage::Topic::Driver &&
+               message.severity == Severity::Error && !message.places.empty();
     };
     const auto& known = record.messages;
-    const bool isSaid = std::any_of(known.begin(), known.end(), isPlaced) &&
-                        std::any_of(known.begin(), known.end(), isOfBuild);
-    if (record.result.ok() || isSaid) return;
+    if (record.result.ok() || std::any_of(known.begin(), known.end(), isPlaced)) return;
     const bool hasLog = record.result.message()[0] != '\0';
     record.messages.push_back(
         {whole, Severity::Error, what + (hasLog ? "" : ": " + std::string(record.result.text()))});

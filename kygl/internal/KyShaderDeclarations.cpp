@@ -1,17 +1,21 @@
 #include "KyShaderDeclarations.h"
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
-constexpr std::string_view kLetters =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
 constexpr auto kNone = std::string_view::npos;
 
-// The next word from `at` on, which ends up after it; empty at the end.
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+}
+
+// The word at `at`, which ends up after it.
 std::string_view takeWord(std::string_view text, std::size_t& at) {
-    const std::size_t begin = std::min(text.find_first_of(kLetters, at), text.size());
-    at = std::min(text.find_first_not_of(kLetters, begin), text.size());
+    const std::size_t begin = at;
+    while (at < text.size() && isLetter(text[at]))
+        ++at;
     return text.substr(begin, at - begin);
 }
 
@@ -20,52 +24,90 @@ bool isQualifier(std::string_view word) {
     return std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
 }
 
-// Whether the statement that ends before `at` begins a declaration: a qualifier, and a type before
-// the name. A parameter of a function is in parentheses.
-bool isDeclaration(std::string_view text, std::size_t at) {
-    const std::size_t begin = text.find_last_of(";{}()\n#", at - 1) + 1;
-    const std::string_view before = text.substr(begin, at - begin);
-    if (before.find("//") != kNone) return false;
-    bool hasQualifier = false;
-    bool hasType = false;
-    for (std::size_t next = 0; next < before.size();) {
-        const std::string_view word = takeWord(before, next);
-        hasType = hasType || (hasQualifier && !word.empty());
-        hasQualifier = hasQualifier || isQualifier(word);
-    }
-    return hasType && (begin == 0 || text[begin - 1] != '(');
-}
+/// Goes through a text once and finds the names that it declares: in one statement and on one line
+/// after a qualifier and a type. A parameter of a function is in parentheses.
+class Declarations {
+public:
+    explicit Declarations(std::string_view text) : mText(text) {}
 
-// The first word of the message that is declared in the stage decides.
-void placeDeclaration(const std::string& message, KyShaderPlace& place,
-                      const KyShaderOrigins& origins) {
-    const std::string_view text(origins.source().dataPtr());
-    for (std::size_t at = 0; at < message.size();) {
-        const std::string_view word = takeWord(message, at);
-        const std::size_t found = kyFindDeclaration(text, word);
-        if (found == kNone) continue;
-        place = origins.placeOfByte(found);
-        return;
+    /// @return the next name, in the text; empty at its end
+    std::string_view next() {
+        while (mAt < mText.size()) {
+            if (!isLetter(mText[mAt])) {
+                skip();
+                continue;
+            }
+            const bool isName = mStatement.hasType && !mStatement.isOther;
+            const std::string_view word = takeWord(mText, mAt);
+            mStatement.hasType = mStatement.hasType || mStatement.hasQualifier;
+            mStatement.hasQualifier = mStatement.hasQualifier || isQualifier(word);
+            if (isName) return word;
+        }
+        return {};
     }
-}
+
+private:
+    struct Statement {
+        bool isOther;  // parameters or a comment
+        bool hasQualifier;
+        bool hasType;
+    };
+
+    void skip() {
+        const char c = mText[mAt];
+        if (std::string_view(";{}()\n#").find(c) != kNone) mStatement = {c == '(', false, false};
+        if (mText.substr(mAt, 2) == "//") mStatement.isOther = true;
+        ++mAt;
+    }
+
+    std::string_view mText;
+    std::size_t mAt = 0;
+    Statement mStatement = {false, false, false};
+};
+
+/// Where one stage declares what: logs may be long, and so may texts.
+class StageDeclarations {
+public:
+    explicit StageDeclarations(const KyShaderOrigins* origins) : mOrigins(origins) {
+        if (origins == nullptr) return;
+        const std::string_view text(origins->source().dataPtr());
+        Declarations names(text);
+        for (auto name = names.next(); !name.empty(); name = names.next())
+            mOffsets.emplace(name, name.data() - text.data());
+    }
+
+    // The first word of the message that is declared decides.
+    void place(std::string_view message, KyShaderPlace& place) const {
+        for (std::size_t at = 0; at < message.size(); ++at) {
+            const auto found = mOffsets.find(takeWord(message, at));
+            if (found == mOffsets.end()) continue;
+            place = mOrigins->placeOfByte(found->second);
+            return;
+        }
+    }
+
+private:
+    const KyShaderOrigins* mOrigins;
+    std::map<std::string_view, std::size_t> mOffsets;  // of the first declaration
+};
 
 }  // namespace
 
 std::size_t kyFindDeclaration(std::string_view text, std::string_view name) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::string_view word = takeWord(text, at);
-        if (word == name && !name.empty() && at > name.size() &&
-            isDeclaration(text, at - name.size()))
-            return at - name.size();
-    }
+    Declarations names(text);
+    for (auto each = names.next(); !each.empty(); each = names.next())
+        if (each == name) return static_cast<std::size_t>(each.data() - text.data());
     return kNone;
 }
 
 void kyPlaceDeclarations(std::vector<KyShaderMessage>& messages, const KyShaderOrigins* vertex,
                          const KyShaderOrigins* fragment) {
+    if (messages.empty()) return;
+    const StageDeclarations ofVertex(vertex);
+    const StageDeclarations ofFragment(fragment);
     for (KyShaderMessage& message : messages) {
         if (message.places.size() != 2) continue;
-        if (vertex != nullptr) placeDeclaration(message.text, message.places[0], *vertex);
-        if (fragment != nullptr) placeDeclaration(message.text, message.places[1], *fragment);
+        ofVertex.place(message.text, message.places[0]);
+        ofFragment.place(message.text, message.places[1]);
     }
 }

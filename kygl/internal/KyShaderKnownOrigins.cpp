@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <mutex>
+#include <new>
 
 namespace {
 
@@ -12,8 +13,9 @@ constexpr std::size_t kMost = 256;
 
 std::mutex sMutex;
 // The one that was used last comes first. Never destroyed: threads may still build while the
-// process ends.
-Store& sStore = *new Store;
+// process ends. Takes no memory while nobody listens.
+alignas(Store) unsigned char sPlaceOfStore[sizeof(Store)];
+Store& sStore = *new (sPlaceOfStore) Store;
 
 Store::iterator find(const std::string& path, const KyString& source) {
     return std::find_if(sStore.begin(), sStore.end(), [&](const KyShaderOrigins& each) {
@@ -24,11 +26,14 @@ Store::iterator find(const std::string& path, const KyString& source) {
 }  // namespace
 
 // Included files are looked for up to the last backslash, if there is any: one in the working
-// folder would redirect them.
+// folder would redirect them. And a folder above that one may be closed to the process.
 KyString KyShaderKnownOrigins::fullPath(const KyString& path) {
     std::error_code failure;  // the path is empty, or the working folder is gone
     const std::string full = std::filesystem::absolute(path.dataPtr(), failure).string();
-    return failure || full.find('\\') != std::string::npos ? path : KyString(full.c_str());
+    if (failure || full.find('\\') != std::string::npos) return path;
+    const bool isLost =
+        !std::filesystem::exists(full, failure) && std::filesystem::exists(path.dataPtr(), failure);
+    return isLost ? path : KyString(full.c_str());
 }
 
 KyShaderKnownOrigins::KyShaderKnownOrigins(const KyString& path) {

@@ -263,7 +263,7 @@ bool KyShaderTechnique::applyUniform(KyShaderUniform* uniform) {
     const bool isJudged = KyDiagnosis::isOn() && mHasProgram;
     if (isJudged) judge("applyUniform", mGLContext, false);
     if (!isApplied()) return false;
-    if (isJudged && isBuilt(mGLContext)) judgeUniforms();
+    if (isJudged && isBuilt(mGLContext)) judgeUniforms();  // its shaders are still those of it
     if (!mKeepsLocations || mBuildFailed || mEntry == nullptr || mEntry->mKept == nullptr)
         return uniform->activate(mProgram);
     const int location = mEntry->mKept->location(mUniformParameters.mUniforms.find(uniform));
