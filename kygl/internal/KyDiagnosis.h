@@ -138,7 +138,7 @@ public:
     /// Changes with each `enable` and each `invalidate`: a verdict from before may be wrong.
     static unsigned long epoch() { return sEpoch.load(std::memory_order_acquire); }
     static void invalidate() { sEpoch.fetch_add(1, std::memory_order_release); }
-    /// How often diagnostics were enabled: what was reported before is forgotten.
+    /// How often diagnostics were enabled or disabled: what was reported before is forgotten.
     static unsigned long enables() { return sEnables.load(std::memory_order_acquire); }
     /// How often they were turned on: what was learned before may be out of date, because they were
     /// off in between.

@@ -43,7 +43,7 @@ void writeToStandardError(const KyDiagnostics::Message& message, void*) {
 }  // namespace
 
 // What was reported, by the name of the subject. A leaf among the locks: nothing that runs while it
-// is held takes another one.
+// is held takes another one, except that of the listener to replace it.
 class KyDiagnosis::Subjects {
 public:
     static KyMutex mutex;
@@ -171,28 +171,40 @@ long KyDiagnosis::queueLimit() {
     return sQueueLimit.load(std::memory_order_relaxed);
 }
 
+// Of several threads that enable and disable at once, the last one to begin decides on both the
+// handler and the topics.
 void KyDiagnostics::enable(Handler handler, void* user, unsigned int topics) {
+    unsigned long change = 0;
     {
         const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
         KyDiagnosis::Subjects& subjects = KyDiagnosis::Subjects::instance();
         if (KyDiagnosis::setTopics(0) == 0) ++KyDiagnosis::sSession;
         subjects.forgetAll();
-        ++KyDiagnosis::sEnables;
+        change = ++KyDiagnosis::sEnables;
+        sListener.replace({handler != nullptr ? handler : writeToStandardError, user});
     }
-    sListener.set({handler != nullptr ? handler : writeToStandardError, user});
-    KyDiagnosis::setTopics(topics);
+    sListener.waitForFormer();
+    const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
+    if (KyDiagnosis::sEnables == change) KyDiagnosis::setTopics(topics);
     KyDiagnosis::invalidate();
 }
 
 // Called by the handler, it removes the listener before the counts are delivered.
 void KyDiagnostics::disable() {
-    if (KyDiagnosis::setTopics(0) != 0) {
+    unsigned long change = 0;
+    {
         const KyDiagnosis::Postponed delivery;
         const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
-        for (const auto& [name, subject] : KyDiagnosis::Subjects::instance().forgetAll())
-            KyDiagnosis::postponeCount(subject);
+        change = ++KyDiagnosis::sEnables;
+        if (KyDiagnosis::setTopics(0) != 0)
+            for (const auto& [name, subject] : KyDiagnosis::Subjects::instance().forgetAll())
+                KyDiagnosis::postponeCount(subject);
     }
-    sListener.set({});
+    {
+        const KyScopedLock hold(KyDiagnosis::Subjects::mutex);
+        if (KyDiagnosis::sEnables == change) sListener.replace({});
+    }
+    sListener.waitForFormer();
     KyDiagnosis::forgetBuilds();
 }
 

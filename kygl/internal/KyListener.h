@@ -31,18 +31,25 @@ public:
     /// One load.
     bool isSet() const { return mIsSet.load(std::memory_order_relaxed); }
 
-    /// Replaces the target and waits for the calls of former ones that other threads are in: they
-    /// do not run any more after it returns. It does not wait on a thread that is in a call of this
-    /// or another listener itself, because two of those would wait for each other.
-    /// @return the former target
-    Target set(const Target& target) {
-        std::unique_lock<std::mutex> hold(mMutex);
-        const Target former = std::exchange(mTarget, target);
+    /// Replaces the target and waits for the calls of former ones.
+    void set(const Target& target) {
+        replace(target);
+        waitForFormer();
+    }
+    /// Replaces the target. Calls of the former one may go on.
+    void replace(const Target& target) {
+        const std::lock_guard<std::mutex> hold(mMutex);
+        mTarget = target;
+        ++mGeneration;
         mIsSet.store(target.function != nullptr, std::memory_order_relaxed);
-        const unsigned long generation = ++mGeneration;
-        if (KyListenerCalls::here == 0)
-            mEnded.wait(hold, [=] { return !isCallingBefore(generation); });
-        return former;
+    }
+    /// Waits for the calls of former targets that other threads are in: they do not run any more
+    /// after it returns. It does not wait on a thread that is in a call of this or another listener
+    /// itself, because two of those would wait for each other.
+    void waitForFormer() {
+        if (KyListenerCalls::here > 0) return;
+        std::unique_lock<std::mutex> hold(mMutex);
+        mEnded.wait(hold, [this, now = mGeneration] { return !isCallingBefore(now); });
     }
 
     /// Calls the function with these arguments and its pointer.

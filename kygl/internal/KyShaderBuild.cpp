@@ -73,8 +73,10 @@ void KyShaderBuild::setObserver(Observer observer, void* user) {
     // The word comes first when one is set and last when it is removed: no build is missed.
     if (observer != nullptr) KyDiagnosis::setBuildObserved(true);
     sListener.set({observer, user});
-    for (bool isSet = true; isSet != sListener.isSet();)
+    bool isSet = false;
+    do
         KyDiagnosis::setBuildObserved(isSet = sListener.isSet());
+    while (isSet != sListener.isSet());
     KyDiagnosis::forgetBuilds();
 }
 
