@@ -8,3 +8,6 @@ void kyDeliverBuild(const KyShaderBuildRecord& record);
 /// What `KyDiagnostics` is told of a build: what its messages say, each kind of them once for what
 /// it is about, and that a build that fails is tried again. Does not throw.
 void kyDiagnoseBuild(const KyShaderBuildRecord& record) noexcept;
+
+/// Frees what is kept between builds: the origins of texts, and how often builds have failed.
+void kyForgetBuilds();

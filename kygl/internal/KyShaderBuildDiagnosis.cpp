@@ -1,5 +1,6 @@
 #include "KyDiagnosis.h"
 #include "KyShaderBuildDelivery.h"
+#include "KyShaderKnownOrigins.h"
 
 #include <algorithm>
 #include <map>
@@ -90,6 +91,10 @@ public:
         count.objectsLeft += objectsLeft;
         return count;
     }
+    static void clear() {
+        const std::lock_guard<std::mutex> hold(sMutex);
+        sCounts.clear();
+    }
     static void end(const std::string& subject) {
         const std::lock_guard<std::mutex> hold(sMutex);
         sCounts.erase(subject);
@@ -167,4 +172,9 @@ void kyDiagnoseBuild(const KyShaderBuildRecord& record) noexcept {
         if (KyDiagnosis::wants(KyDiagnostics::Build)) diagnoseResult(record);
     } catch (const std::exception&) {  // no memory: the message is lost
     }
+}
+
+void kyForgetBuilds() {
+    Failures::clear();
+    KyShaderKnownOrigins::clear();
 }

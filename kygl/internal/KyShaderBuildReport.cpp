@@ -97,7 +97,7 @@ void addFailure(KyShaderBuildRecord& record, const std::vector<KyShaderPlace>& w
 
 KyShaderBuildReport::KyShaderBuildReport() : mIsWanted(KyDiagnosis::wantsBuilds()) {
     if (!mIsWanted) return;
-    KyDiagnosis::setForgetBuilds(KyShaderKnownOrigins::clear);
+    KyDiagnosis::setForgetBuilds(kyForgetBuilds);
     mStart = std::chrono::steady_clock::now();
 }
 

@@ -1,6 +1,7 @@
 #include "KyShaderUniformDiagnosis.h"
 
 #include "kyglCheck.h"
+#include "KyShaderBuildDelivery.h"
 #include "KyShaderDeclarations.h"
 #include "KyShaderKnownOrigins.h"
 
@@ -78,6 +79,7 @@ std::size_t distance(std::string_view a, std::string_view b) {
 
 void KyShaderUniformDiagnosis::run() {
     if (!askForActive()) return;
+    KyDiagnosis::setForgetBuilds(kyForgetBuilds);
     for (long i = 0; i < mUniforms.mUniforms.size; ++i)
         judge(*mUniforms.mUniforms[i]);
 }
