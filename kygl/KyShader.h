@@ -12,7 +12,8 @@ struct KyShaderExpansion;
 /// names.
 ///
 /// A GL shader object belongs to one context and one macro set. A shader hides that: `compile` is
-/// told the context at every use and gives a name that is valid there, compiling only when it must.
+/// given the context at every use and returns a name that is valid there, compiling only when it
+/// must.
 ///
 /// - A direct shader holds one GL object. Another context or macro set replaces it.
 /// - A caching shader holds none of its own. It owns a list of direct shaders, one for each macro

@@ -43,7 +43,7 @@ bool isIndented(const std::string& text) {
 }
 
 // Words such as "error: text", "preprocessor warning: text" and "error C1008: text". What else
-// stands in front of the colon stays with the text.
+// comes before the colon stays with the text.
 bool splitWords(const std::string& words, KyShaderMessage& message) {
     const std::size_t colon = words.find(": ");
     if (colon == std::string::npos) return false;

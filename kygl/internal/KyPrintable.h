@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-/// How many bytes of well-formed UTF-8 stand at the beginning of a character; 0 for anything else.
+/// Number of bytes of the well-formed UTF-8 character that begins there; 0 for anything else.
 std::size_t kyUtf8Length(const std::string& text, std::size_t at);
 
 /// The text for a terminal, which obeys escape sequences from names, macros and shaders: controls

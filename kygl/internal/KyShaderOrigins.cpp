@@ -181,7 +181,7 @@ std::vector<KyShaderMessage> KyShaderOrigins::notesOfInclusions(const std::strin
     return notes;
 }
 
-// ---- what the loader tells, in its order
+// ---- what the loader reports, in its order
 
 void KyShaderOrigins::finished(std::size_t count) {
     for (const Piece& piece : takeFront(count)) {
@@ -204,7 +204,7 @@ void KyShaderOrigins::directive(std::string_view text, std::string_view name) {
     const KySourceText& in = mFiles[mReadings[last.reading].file].text;
     if (in.hasCodeBehind(last.begin + last.size))
         warn(placeOf(last), Topic::Style, "behind",
-             "text behind the directive continues the last line of the included file");
+             "text after the directive continues the last line of the included file");
 }
 
 void KyShaderOrigins::file(const char* path, std::string_view text, KyShaderRead outcome,
@@ -220,7 +220,7 @@ void KyShaderOrigins::file(const char* path, std::string_view text, KyShaderRead
     mBytesRead += text.size();
     if (mFiles[number].isOutside)
         warn(place, Topic::Style, "tree",
-             inQuotes(shown) + " lies outside the shader tree " + mTree);
+             inQuotes(shown) + " is outside the shader tree " + mTree);
     if (isTop || !includesItself(mReadings.back())) warnOfOutcome(place, shown, outcome, error);
     if (!text.empty()) mRest.push_back({mReadings.size() - 1, 0, text.size()});
 }

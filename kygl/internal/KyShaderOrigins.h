@@ -71,7 +71,7 @@ private:
         std::size_t begin;
         std::size_t size;
     };
-    struct Reading {  // a file that is read twice stands twice in the text
+    struct Reading {  // a file that is read twice is in the text twice
         std::size_t file;
         Piece directive;       // the first bytes of it; none for the top-level file
         std::size_t nestedIn;  // the reading that closes its quotes

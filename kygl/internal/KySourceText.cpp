@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r";
 
-// The word behind blanks, which are skipped together with it.
+// The word after blanks, which are skipped together with it.
 std::string_view takeWord(std::string_view text, std::size_t& at) {
     const std::size_t begin = std::min(text.find_first_not_of(kBlanks, at), text.size());
     constexpr std::string_view kLetters =
@@ -15,7 +15,7 @@ std::string_view takeWord(std::string_view text, std::size_t& at) {
     return text.substr(begin, at - begin);
 }
 
-// Whether "#define NAME" is the next thing behind "#ifndef NAME".
+// Whether "#define NAME" is the next thing after "#ifndef NAME".
 bool isGuard(std::string_view text, std::size_t at) {
     const std::string_view name = takeWord(text, at);
     at = std::min(text.find_first_not_of(" \t\r\n", at), text.size());

@@ -93,7 +93,7 @@ CLI::App* addCheck(CLI::App& app, Options& options) {
     addStage(command, "--fragment", options.pair.fragment, vertex);
     addMacros(command, options.check.macros);
     addRoot(command, options.check.root);
-    command->add_flag("--raw", options.check.raw, "the driver's log as it stands");
+    command->add_flag("--raw", options.check.raw, "the driver's log as it is");
     addFormat(command, options.check.format);
     addStrict(command, options.check.strict);
     addDeps(command, options.check.deps);

@@ -46,7 +46,7 @@ bool hasSingleNumberSign(const std::string& macro) {
 // What would test something else than its line seems to say.
 void checkMacro(const std::string& macro, bool isSwitch) {
     if (hasSingleNumberSign(macro))
-        throw UsageError("'#' in " + inQuotes(macro) + ": a comment stands on a line of its own");
+        throw UsageError("'#' in " + inQuotes(macro) + ": a comment needs a line of its own");
     const bool good = isSwitch ? !macro.empty() && macro.find_first_of("[]") == std::string::npos
                                : hasOwnBrackets(macro);
     if (!good) throw UsageError("brackets around more or less than one macro; ';' missing?");
@@ -84,7 +84,7 @@ private:
     }
 
     void addMacros(std::istream& words) {
-        if (mPrograms.empty()) throw UsageError("no program stands above these macros");
+        if (mPrograms.empty()) throw UsageError("there is no program above these macros");
         std::string rest;
         std::getline(words, rest);
         mPrograms.back().lines.emplace_back(rest);
