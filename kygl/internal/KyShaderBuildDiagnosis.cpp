@@ -82,6 +82,7 @@ public:
         long calls = 0;
         long objectsLeft = 0;
     };
+    using Counts = std::map<std::string, Count>;
 
     static Count add(const std::string& subject, long objectsLeft) {
         const std::lock_guard<std::mutex> hold(sMutex);
@@ -101,8 +102,6 @@ public:
     }
 
 private:
-    using Counts = std::map<std::string, Count>;
-
     static constexpr std::size_t kMost = 1024;
     static std::mutex sMutex;
     alignas(Counts) static unsigned char sPlaceOfCounts[sizeof(Counts)];
