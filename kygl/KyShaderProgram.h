@@ -30,10 +30,11 @@ class KyShaderUniform;
 /// their argument current, which only `KyDiagnostics` checks. Failure is `false`, null or -1, and a
 /// failed link writes a line to standard output; only GL errors around a build and of the value of
 /// a uniform are reported. A GL error that the application left pending before a stage is compiled
-/// is taken for an error of that stage: only the build observer sees it, and it costs one attempt,
-/// made again within the same call, and the shader object of that attempt. Where only a link is
-/// missing it is reported as an error of the link. Before `create`, and after `deleteProgram`, each
-/// operation except `unUse` returns the value that it has for failure and does nothing else.
+/// is taken for an error of that stage, silently: it costs one attempt, made again within the same
+/// call, and the shader object of that attempt. Where only a link is missing it is reported as an
+/// error of the link. `KyDiagnostics` finds it before that. Before `create`, and after
+/// `deleteProgram`, each operation except `unUse` returns the value that it has for failure and
+/// does nothing else.
 class KYGL_API KyShaderProgram {
 public:
     KyShaderProgram() = default;

@@ -153,7 +153,8 @@ TEST_F(ShaderBuildTest, diagnosticsNameFilesOnceAndCountBuildsThatFailAgain) {
 TEST_F(ShaderBuildTest, aFailureWithoutALogIsReportedBesideAFileThatIsMissing) {
     KyFragmentShader shader("none", tree.folder, false);
     Messages messages(KyDiagnostics::Build | KyDiagnostics::File);
-    for (const GLenum error : {GL_INVALID_VALUE, GL_INVALID_VALUE, GL_INVALID_OPERATION}) {
+    constexpr GLenum kErrors[] = {GL_INVALID_VALUE, GL_INVALID_VALUE, GL_INVALID_OPERATION};
+    for (const GLenum error : kErrors) {
         gl.failNext("glCompileShaderARB", error);
         EXPECT_EQ(shader.compile(1), 0U);
     }

@@ -69,7 +69,7 @@ unsigned int KyShader::bringUpToDate(unsigned int context) {
     keyChanged();
     KYGL_CHECK_GROUP(2);
     if (report)
-        report.tell([&] {
+        report.deliver([&] {
             KyShaderBuildStage stage = buildStage();
             stage.source = KyString(text.dataPtr() + stage.macroLines.length());
             return report.compiled(stage, getType() != 0, context, result, mId);

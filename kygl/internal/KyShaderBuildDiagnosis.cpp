@@ -11,6 +11,9 @@ namespace {
 
 using Topic = KyDiagnostics::Topic;
 
+// A driver may list dozens of candidates for one call.
+constexpr long kMostNotes = 8;
+
 std::string circumstancesOf(const KyShaderBuildRecord& record) {
     return kyCircumstances("context " + std::to_string(record.context),
                            record.hasVertex ? &record.vertex : nullptr,
@@ -142,7 +145,6 @@ void diagnoseResult(const KyShaderBuildRecord& record) {
     const std::string subject = subjectOf(record);
     if (record.result.ok()) {
         Failures::end(subject);
-        KyDiagnosis::ended(KyDiagnostics::Build, [&] { return subject + "|again"; });
         KyDiagnosis::ended(KyDiagnostics::Build, [&] { return subject; });
         return;
     }
@@ -152,10 +154,14 @@ void diagnoseResult(const KyShaderBuildRecord& record) {
         circumstancesOf(record);
     KyDiagnosis::report(KyDiagnostics::Build, [&] {
         KyFinding found{subject, {}, record.context};
+        long notes = 0;  // that follow each other
         for (const KyShaderMessage& message : record.messages) {
             if (kyTopicOf(message) != KyDiagnostics::Build) continue;
+            notes = message.severity == KyShaderMessage::Severity::Note ? notes + 1 : 0;
+            if (notes > kMostNotes) continue;
             found.messages.push_back(show(message));
             found.messages.back().text += ending;
+            if (notes == kMostNotes) found.messages.back().text += "; no more of them are shown";
         }
         return found;
     });

@@ -34,7 +34,7 @@ public:
     /// Reports the build that `describe()` returns, through the batch of this thread if there is
     /// one. A build that there is no memory to describe is not reported.
     template <typename Describe>
-    static void tell(const Describe& describe);
+    static void deliver(const Describe& describe);
 
 private:
     bool mIsWanted;
@@ -69,7 +69,7 @@ private:
 };
 
 template <typename Describe>
-void KyShaderBuildReport::tell(const Describe& describe) {
+void KyShaderBuildReport::deliver(const Describe& describe) {
     std::optional<KyShaderBuildRecord> record;
     try {
         record = describe();

@@ -219,8 +219,7 @@ void KyShaderOrigins::file(const char* path, std::string_view text, KyShaderRead
     if (outcome == KyShaderRead::Failed && mFailed.empty()) mFailed = shown;
     mBytesRead += text.size();
     if (mFiles[number].isOutside)
-        warn(place, Topic::Style, "tree",
-             inQuotes(shown) + " is outside the shader tree " + mTree);
+        warn(place, Topic::Style, "tree", inQuotes(shown) + " is outside the shader tree " + mTree);
     if (isTop || !includesItself(mReadings.back())) warnOfOutcome(place, shown, outcome, error);
     if (!text.empty()) mRest.push_back({mReadings.size() - 1, 0, text.size()});
 }

@@ -104,7 +104,7 @@ bool KyShaderTechnique::link(unsigned int context) {
         std::puts(result.text());
     }
     if (report)
-        report.tell([&] {
+        report.deliver([&] {
             return report.linked(mVertexShader->buildStage(), mFragmentShader->buildStage(),
                                  context, result, mProgram);
         });
