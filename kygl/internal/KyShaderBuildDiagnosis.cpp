@@ -63,7 +63,7 @@ void diagnoseFiles(const KyShaderBuildRecord& record) {
     const KyShaderBuildStage& stage = record.hasVertex ? record.vertex : record.fragment;
     for (const Topic topic :
          {KyDiagnostics::File, KyDiagnostics::Include, KyDiagnostics::Version}) {
-        // Without macros nothing is wrong with it, and all is as it was with them.
+        // A build without macros does not end the fault: the next one with macros has it again.
         if (topic == KyDiagnostics::Version && stage.macroLines.length() == 0) continue;
         KyFinding found{std::to_string(topic) + "|" + stage.path.dataPtr(), {}};
         for (const KyShaderMessage& message : record.messages) {

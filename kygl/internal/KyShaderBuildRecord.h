@@ -35,9 +35,9 @@ struct KyShaderBuildRecord {
     bool isLink() const { return hasVertex && hasFragment; }
 };
 
-/// How bad it is for who builds.
+/// How serious a message is for the application that builds.
 KyDiagnostics::Severity kySeverityOf(const KyShaderMessage& message);
-/// What it is about.
+/// The topic of a message, as diagnostics have it.
 KyDiagnostics::Topic kyTopicOf(const KyShaderMessage& message);
 
 /// What a sentence about a build ends with: " (context 3; macros: A; LIGHTS 3)".

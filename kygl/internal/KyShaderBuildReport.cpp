@@ -17,7 +17,8 @@ using Severity = KyShaderMessage::Severity;
 
 constexpr char kSource[] = "internal/KyShaderBuildReport";
 
-// The log of a good build, which nothing else asks for. An error of asking is nobody's.
+// The log of a good build, which nothing else asks for. A GL error of this query is dropped: the
+// application did not make it.
 std::string fetchLog(unsigned int object) {
     constexpr int kMost = 1 << 20;
     int length = 0;
@@ -67,7 +68,7 @@ void addFiles(KyShaderBuildRecord& record, const KyShaderOrigins* origins) {
         if (known.insert(file).second) record.files.push_back(std::move(file));
 }
 
-// What surprises in a file, but builds as it is meant, is for who checks files.
+// Findings of style matter where files are checked, not in a running program.
 void addFindings(KyShaderBuildRecord& record, const KyShaderBuildStage& stage,
                  const KyShaderOrigins* origins) {
     if (origins == nullptr) return;
@@ -78,8 +79,8 @@ void addFindings(KyShaderBuildRecord& record, const KyShaderBuildStage& stage,
     }
 }
 
-// A failure that the driver gives no place for still names the files, also where one of them gives
-// another error.
+// A failure without a place in the log still names the files, even if there is an error about one
+// of the files themselves.
 void addFailure(KyShaderBuildRecord& record, const std::vector<KyShaderPlace>& whole,
                 const char* what) {
     const auto isPlaced = [](const KyShaderMessage& message) {
